@@ -1,0 +1,11 @@
+# Layout: lib/, include/attalven/{mail,support}/, a pkg-config file and a CMake package (target attalven::attalven).
+include(CMakePackageConfigHelpers)
+install(TARGETS attalven attalven_support EXPORT attalven LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+file(GLOB headers CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/mail/*.h)
+install(FILES ${headers} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/attalven/mail)
+install(FILES support/host.h support/support.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/attalven/support)
+install(EXPORT attalven NAMESPACE attalven:: FILE attalvenConfig.cmake DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/attalven)
+write_basic_package_version_file(${CMAKE_BINARY_DIR}/attalvenConfigVersion.cmake COMPATIBILITY SameMajorVersion)
+configure_file(${PROJECT_SOURCE_DIR}/cmake/attalven.pc.in ${CMAKE_BINARY_DIR}/attalven.pc @ONLY)
+install(FILES ${CMAKE_BINARY_DIR}/attalvenConfigVersion.cmake DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/attalven)
+install(FILES ${CMAKE_BINARY_DIR}/attalven.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

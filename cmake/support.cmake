@@ -1,0 +1,18 @@
+# libattalven_support.so: the stand-in for the support library that a calling program links beside libattalven.so.
+find_library(SODIUM_LIBRARY sodium REQUIRED)
+file(GLOB support_sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/support/*.cpp)
+
+add_library(support_objects OBJECT ${support_sources})
+target_link_libraries(support_objects PRIVATE attalven_warnings attalven_freestanding)
+
+add_library(attalven_support SHARED $<TARGET_OBJECTS:support_objects>)
+set_target_properties(attalven_support PROPERTIES LINKER_LANGUAGE C SOVERSION ${PROJECT_VERSION_MAJOR}
+    VERSION ${PROJECT_VERSION})
+target_link_libraries(attalven_support PRIVATE ${SODIUM_LIBRARY})
+target_link_options(attalven_support PRIVATE -Wl,--as-needed -Wl,-z,relro,-z,now)
+target_include_directories(attalven_support INTERFACE $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>
+    $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/attalven>)
+
+add_library(support_static STATIC $<TARGET_OBJECTS:support_objects>)
+target_include_directories(support_static PUBLIC ${PROJECT_SOURCE_DIR})
+target_link_libraries(support_static PUBLIC ${SODIUM_LIBRARY})
