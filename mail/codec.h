@@ -10,6 +10,159 @@
 
 ATTALVEN_BEGIN
 
+/* ---- Transfer codecs: base64, quoted-printable, uuencode ---------------------------------------
+ *
+ * Buffer forms read a NUL-terminated text and write to a buffer of the caller, terminated with a
+ * NUL. A NULL text reads as the empty one; a NULL buffer or stream makes the call do nothing and
+ * give 0. Room for a text of n bytes: decoders n + 1 bytes; base64 encoders 4 bytes for each 3
+ * begun, one more for each 76 written, and 1; EncodeQP 4 * n + 16.
+ *
+ * Stream forms copy from a stream's current position to another stream in constant memory. They
+ * take lines in pieces of at most 5,119 bytes; `length` is the part's length in bytes: a line that
+ * begins inside the part is taken to its end, 0 or less takes nothing. Decoding state never crosses
+ * the end of a physical line. They stop at the end of the input, or when the output takes no more.
+ */
+
+/*
+ * Encodes bytes as base64 (RFC 2045 section 6.8), a line feed after every `lineLen` characters,
+ * none after a shorter last line. `mode` tells what the arguments are: 1 text to character buffer,
+ * 2 text to stream (FILE *), 3 stream to stream, read to its end. A `lineLen` of 0 or less breaks
+ * no line. Gives the number of characters written without the line feeds; 0 when an argument is
+ * NULL or the mode is another one. Mode 1 empties the buffer first.
+ */
+ATTALVEN_API int funcEncodeBase64(void* dst, const void* src, int lineLen, int mode);
+
+/*
+ * The same with lines of 76 characters: text to buffer, stream to stream (from the input's position
+ * to its end), text to stream. A NULL or empty text gives 0 and leaves the buffer untouched.
+ */
+ATTALVEN_API int EncodeBase64(char* dst, const char* text);
+ATTALVEN_API int strmEncodeBase64(FILE* out, FILE* in);
+ATTALVEN_API int strmDestEncodeBase64(FILE* out, const char* text);
+
+/*
+ * Encodes a text as base64 in lines of 56 characters. Caller frees with free(). NULL for a NULL or
+ * empty text, and when memory is out.
+ */
+ATTALVEN_API char* mailEncodeBase64(const char* text);
+
+/*
+ * Decodes base64 (RFC 2045 section 6.8). Bytes outside the alphabet are skipped, "=" fills a place
+ * of a group of four, an incomplete last group is dropped. Gives the number of decoded bytes, which
+ * may be NULs; never negative.
+ */
+ATTALVEN_API int DecodeBase64(char* dst, const char* text);
+
+/*
+ * The same into a new text: a NUL byte ends its group of three bytes. Caller frees with free().
+ * NULL for a NULL or empty text, and when memory is out.
+ */
+ATTALVEN_API char* mailDecodeBase64(const char* text);
+
+/* Decodes the base64 lines of a part. A group ends with its line at the latest. */
+ATTALVEN_API void strmDecodeBase64(FILE* out, FILE* in, int length);
+
+/*
+ * Encodes as quoted-printable (RFC 2045 section 6.7): bytes 33 to 60 and 72 to 126 stand as they
+ * are, CR is dropped, LF is a line end, a blank before a line end is followed by a soft break.
+ * Lines are folded at 58 characters, or at 76 before a byte of 33 to 60. The position in the line
+ * is a counter of the process (x_pos), shared by these three and never reset, so that a text may
+ * come in pieces. Each gives the encoded length; strmDestEncodeQP 0 when memory is out;
+ * strmEncodeQP nothing.
+ */
+ATTALVEN_API int EncodeQP(char* dst, const char* text);
+ATTALVEN_API int strmDestEncodeQP(FILE* out, const char* text);
+ATTALVEN_API void strmEncodeQP(FILE* out, FILE* in, int length);
+
+/*
+ * The same into a new text, folded at 56 characters whatever byte follows, with a counter (x_pos)
+ * of its own. Caller frees with free(). NULL for a NULL or empty text, and when memory is out.
+ */
+ATTALVEN_API char* mailEncodeQP(const char* text);
+
+/*
+ * Decodes one line of quoted-printable text (RFC 2045 section 6.7): "=" before CR or LF ends it;
+ * "=" and two characters give one byte, whether they are hexadecimal digits or not; "=" with fewer
+ * than two characters behind it is copied with them. Gives the number of decoded bytes, which may
+ * be NULs.
+ */
+ATTALVEN_API int DecodeQP(char* dst, const char* text);
+
+/*
+ * Older variant: "=" and CR or LF are skipped as a pair, an escape that gives 0 writes its "=" and
+ * is read on as text, upper-case digits only, "_" gives a blank. An invalid first digit counts as
+ * 15, an invalid second one sets all bits.
+ */
+ATTALVEN_API int DecodeQP_ORG(char* dst, const char* text);
+
+/*
+ * Decodes a quoted-printable text into a new one: "=" with the CR or LF behind it is skipped, and
+ * decoded NUL bytes are lost. Caller frees with free(). NULL for a NULL or empty text, and when
+ * memory is out.
+ */
+ATTALVEN_API char* mailDecodeQP(const char* text);
+
+/* Decodes the quoted-printable lines of a part. */
+ATTALVEN_API void strmDecodeQP(FILE* out, FILE* in, int length);
+
+/*
+ * Decodes one uuencoded line: its first character announces the number of bytes, 0 to 63, which is
+ * the result; 0 writes nothing, not even a NUL. Characters behind the end of the line count as
+ * blanks; never more bytes are written than the line has characters, and a NUL.
+ */
+ATTALVEN_API int DecodeUU(char* dst, const char* line);
+
+/*
+ * Decodes the uuencoded lines of a part, each to its announced length (missing bytes are NULs).
+ * "begin" lines are skipped and do not count in `length`; "end" stops.
+ */
+ATTALVEN_API void strmDecodeUU(FILE* out, FILE* in, int length);
+
+/*
+ * Writes unchanged: the next `length` bytes of a stream, or a text. strmDestXBit gives the length
+ * of the text, 0 when an argument is NULL.
+ */
+ATTALVEN_API void strmXBit(FILE* out, FILE* in, int length);
+ATTALVEN_API int strmDestXBit(FILE* out, const char* text);
+
+/* ---- ISO-2022 and Japanese codes ---------------------------------------------------------------
+ *
+ * Converters write at most as many bytes as the text has and a NUL, and give the number of bytes.
+ */
+
+/*
+ * Whether the designator of ISO-2022-KR (RFC 1557), ESC $ ) C, stands in the text's first line: 1
+ * or 0. A text that begins with LF gives 0.
+ */
+ATTALVEN_API int SearchISO2022KRDesignator(const char* text);
+
+/*
+ * The first designator of ISO-2022-JP (RFC 1468) anywhere in the text: 1 for ESC ( J, 2 for ESC $
+ * @, 3 for ESC $ B; 0 for ESC ( B or none.
+ */
+ATTALVEN_API int SearchISO2022JPDesignator(const char* text);
+
+/* ISO-2022-KR (RFC 1557) to EUC-KR. */
+ATTALVEN_API int DecodeISO2022KR(char* dst, const char* text);
+
+/*
+ * ISO-2022-JP (RFC 1468) to Shift-JIS. Only ESC $ B and ESC ( B switch, other designators are
+ * copied; a lone byte at the end of kanji is copied.
+ */
+ATTALVEN_API int DecodeISO2022JP(char* dst, const char* text);
+
+/* Replaces the two bytes of a JIS X 0208 character, 0x21 to 0x7E each, by those of Shift-JIS. */
+ATTALVEN_API void jis2sjis(int* c1, int* c2);
+
+/* EUC-JP to Shift-JIS; half-width katakana lose their shift byte, other bytes are copied. */
+ATTALVEN_API int DecodeEucJP2ShiftJIS(char* dst, const char* text);
+
+/*
+ * Copies the lines of a part of `length` bytes as the stream forms above; from the first line with
+ * the designator of ISO-2022-KR on they are converted to EUC-KR, each for itself.
+ */
+ATTALVEN_API void strmDecodeISO2022KR(FILE* out, FILE* in, int length);
+
 /* Character sets. Names are matched ignoring case. A name of the converter is 1 to 64 letters,
  * digits and "._:+-"; any other name converts nothing. */
 
