@@ -4,6 +4,8 @@
 // Texts of a fixed width that always cut to fit, on a character boundary: static results, record
 // fields, work areas.
 
+#include <cstdarg>
+#include <cstdio>
 #include <cstring>
 
 #include "ascii.h"
@@ -34,6 +36,19 @@ class BoundedText {
         data_[size_] = 0;
     }
     void append(char c) { append(string_view(&c, 1)); }
+    /// printf-style; `format` is always a literal.
+    __attribute__((format(printf, 2, 3))) void appendFormat(const char* format, ...) {
+        size_t room = N - size_;
+        va_list args;
+        va_start(args, format);
+        int n = vsnprintf(data_ + size_, room + 1, format, args);
+        va_end(args);
+        bool whole = n >= 0 && static_cast<size_t>(n) <= room;
+        // Where it was cut, the terminator counts as one byte more, so that the cut is looked at.
+        size_ +=
+            whole ? static_cast<size_t>(n) : cutLength({data_ + size_, n < 0 ? 0 : room + 1}, room);
+        data_[size_] = 0;
+    }
     /// Whether `s` would go in whole: what is cut must not become another path, host or id.
     bool fits(string_view s) const { return s.size() <= N - size_; }
 

@@ -15,6 +15,14 @@ struct CloseFile {
 };
 using OwnedFile = std::unique_ptr<FILE, CloseFile>;
 
+/// A stream as the target of append(), as the texts have it. Errors stay in the stream (ferror).
+struct OutStream {
+    FILE* stream;
+    void append(string_view s) {
+        if (!s.empty()) fwrite(s.data(), 1, s.size(), stream);
+    }
+};
+
 /// Whether a symbolic link as the last path component is followed: installation files may be links,
 /// files in shared directories may not.
 enum class Links { kFollow, kRefuse };
