@@ -48,6 +48,7 @@ ATTALVEN_API char* mailGetStrOneAddr(MailAddress* addr);
  * a text without "|" whole. Reads 100 bytes of `text`; NULL gives "". Static: valid until the next
  * call. */
 ATTALVEN_API char* mailGetUserName(const char* text);
+
 /* The text of one text part, from the open message: its body of bodySize bytes at bodyOffset,
  * decoded by the part's transfer encoding and converted from its charSet to the page character set;
  * a text without charset is converted when it holds an ISO-2022-KR or -JP designator. `mode` 1
@@ -56,14 +57,14 @@ ATTALVEN_API char* mailGetUserName(const char* text);
  * "<!-BASE"; a text without "cid:" gets links, and plain and enriched text is escaped as well.
  * Subtypes other than plain, enriched and html stay as decoded. A text that cannot be converted
  * stays in its own character set. The result is NUL-terminated; a NUL byte in the body ends it.
- * Caller frees with free(). NULL when nothing can be read or decoded. Moves `fp`. RFC 2045, 2392.
+ * Caller frees with free. NULL when nothing can be read or decoded. Moves `fp`. RFC 2045, 2392.
  */
 ATTALVEN_API char* mailDecode(MailBody* part, int mode, const char* cidPrefix, FILE* fp);
 
 /* Prints a text/enriched body (RFC 1896) as plain text on standard output: formatting commands and
  * parameters are dropped, "<<" is "<", a single line break is a space. `*fp` stands at the start of
- * the body and moves; at most part->bodySize bytes are read. Undecoded, unconverted, unescaped.
- * NULL arguments and a size of 0 or less print nothing. */
+ * the body and moves; reading ends with the line that reaches part->bodySize bytes. Undecoded,
+ * unconverted, unescaped. NULL arguments and a size of 0 or less print nothing. */
 ATTALVEN_API void mailTextEnrichedHandler(MailBody* part, FILE** fp);
 
 /* Questions about the leaf parts of a message, given its root body (NULL: no parts). 1 or 0 each: a
@@ -83,7 +84,7 @@ ATTALVEN_API char* mailGetCharSet(MailBody* root);
  * the forwarded message's subject as its name. `unused` is not read. The array ends with a row
  * whose fields are all NULL or 0. Sizes are bytes as stored, still encoded. msgId is the containing
  * message's Message-ID ("" without one); for a forwarded message its own, URL-encoded, or
- * "nomsgid". Caller frees with mailAttachListFree(). NULL when the message has neither kind of
+ * "nomsgid". Caller frees with mailAttachListFree. NULL when the message has neither kind of
  * part, for NULL, and when memory is out. Moves `fp`. */
 ATTALVEN_API MailAttach* mailGetAttachList(MailInfo* msg, long unused, FILE* fp);
 /* Frees an attachment list; NULL does nothing. */
