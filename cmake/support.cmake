@@ -2,7 +2,9 @@
 find_library(SODIUM_LIBRARY sodium REQUIRED)
 file(GLOB support_sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/support/*.cpp)
 
-add_library(support_objects OBJECT ${support_sources})
+# The base kit is compiled in a second time: the two libraries do not share internal symbols.
+add_library(support_objects OBJECT ${support_sources} ${PROJECT_SOURCE_DIR}/mail/base/text.cpp
+    ${PROJECT_SOURCE_DIR}/mail/base/file.cpp)
 target_link_libraries(support_objects PRIVATE attalven_warnings attalven_freestanding)
 
 add_library(attalven_support SHARED $<TARGET_OBJECTS:support_objects>)
