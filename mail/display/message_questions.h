@@ -1,7 +1,7 @@
-#ifndef ATTALVEN_MAIL_DISPLAY_LEAF_PARTS_H
-#define ATTALVEN_MAIL_DISPLAY_LEAF_PARTS_H
+#ifndef ATTALVEN_MAIL_DISPLAY_MESSAGE_QUESTIONS_H
+#define ATTALVEN_MAIL_DISPLAY_MESSAGE_QUESTIONS_H
 
-// What display asks of the leaf parts of a message.
+// What display asks of a part, and of all leaf parts where the caller holds the index already.
 
 #include "mail/parse/record.h"
 
@@ -15,7 +15,7 @@ inline bool isBodyText(const MailBody& part) {
 /// The part's type and subtype joined by "/"; a type outside the table counts as unknown.
 Text mediaTypeText(const MailBody& part);
 
-/// The answers of mailChkBodyType() and mailChkCID() for callers that hold the index already.
+/// The answers of mailChkBodyType() and mailChkCID().
 int bodyTypeOf(const LeafParts& parts);
 bool hasReferences(const LeafParts& parts);
 
