@@ -1,7 +1,6 @@
 // The questions that a page asks about a message's structure: one walk over the leaf parts each.
 
-#include "message_questions.h"
-
+#include "leaf_parts.h"
 #include "mail/base/bounded_text.h"
 #include "mail/display.h"
 

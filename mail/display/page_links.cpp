@@ -14,37 +14,6 @@ namespace attalven {
 
 namespace {
 
-constexpr bool isControl(char c) {
-    return byteOf(c) < 0x20 || c == 0x7F;
-}
-
-struct Replacements {
-    const char *less, *greater, *quote;
-};
-constexpr Replacements kReferences = {"&lt;", "&gt;", "&quot;"};
-constexpr Replacements kUrlCodes = {"%3C", "%3E", "%22"};
-
-/// What is printed for `c`; NULL when it is the byte itself.
-const char* replacementOf(char c, const Replacements& by) {
-    switch (c) {
-        case '<':
-            return by.less;
-        case '>':
-            return by.greater;
-        case '"':
-            return by.quote;
-        default:
-            return isControl(c) ? "" : nullptr;
-    }
-}
-
-void appendReplaced(Text& out, string_view s, const Replacements& by) {
-    for (char c : s) {
-        const char* instead = replacementOf(c, by);
-        instead ? out.append(instead) : out.append(c);
-    }
-}
-
 constexpr char kCgiPath[] = "/cgi-auth";
 
 /// The start that both links share, up to the message's number.
@@ -59,14 +28,6 @@ Text linkStart(const MailView& view) {
 }
 
 }  // namespace
-
-void appendMarkupSafe(Text& out, string_view s) {
-    appendReplaced(out, s, kReferences);
-}
-
-void appendUrlSafe(Text& out, string_view s) {
-    appendReplaced(out, s, kUrlCodes);
-}
 
 void appendWithoutControls(Text& out, string_view s) {
     appendWithout(out, s, isControl);
