@@ -7,16 +7,16 @@
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
+#include <span>
 
 #include "ascii.h"
 
 namespace attalven {
 
 /// Copies `src` into the character array `dst`, cut to fit, always terminated.
-template <size_t Size>
-void cutCopy(char (&dst)[Size], string_view src) {
-    size_t n = cutLength(src, Size - 1);
-    if (n) memcpy(dst, src.data(), n);
+inline void cutCopy(std::span<char> dst, string_view src) {
+    size_t n = cutLength(src, dst.size() - 1);
+    if (n) memcpy(dst.data(), src.data(), n);
     dst[n] = 0;
 }
 
@@ -31,7 +31,7 @@ class BoundedText {
     }
     void append(string_view s) {
         size_t n = cutLength(s, N - size_);
-        if (n) memmove(data_ + size_, s.data(), n);  // `s` may be the text itself
+        if (n) memcpy(data_ + size_, s.data(), n);
         size_ += n;
         data_[size_] = 0;
     }
