@@ -1,0 +1,160 @@
+#include <sys/stat.h>
+
+#include <array>
+
+#include "kit/site.h"
+#include "mail/storage/mail_sm.h"
+
+namespace {
+
+using Storage = kit::Site;
+
+TEST_F(Storage, PathsNeverLeaveTheTree) {
+    const struct {
+        const char* label;
+        const char *id, *domain;
+        const char *spool, *spoolLink, *mbox, *mboxLink;
+    } rows[] = {
+        {"main domain", "kim", "example.org", "k/i", "k", "k/i/kim", "k/i"},
+        {"main domain in capitals", "kim", "Example.ORG", "k/i", "k", "k/i/kim", "k/i"},
+        {"additional domain", "Kim", "b.example", "b.example/K/i", "b.example/K",
+         "b.example/K/i/Kim", "b.example/K/i"},
+        {"domain without dot", "kim", "other", "k/i", "k", "k/i/kim", "k/i"},
+        {"one character", "k", "", "k/=", "k", "k/=/k", "k/="},
+        {"empty", "", "", "=/=", "=", "=/=/=", "=/="},
+        {"missing", nullptr, nullptr, "=/=", "=", "=/=/=", "=/="},
+        {"parent", "..", "..", "==/=/=", "==/=", "==/=/=/==", "==/=/="},
+        {"climbing", "a/../b", "../x.y", "..=x.y/a/=", "..=x.y/a", "..=x.y/a/=/a=..=b",
+         "..=x.y/a/="},
+    };
+    for (const auto& r : rows) {
+        EXPECT_STREQ(smGetUserPhysicalSpoolPath(r.id, r.domain), r.spool) << r.label;
+        EXPECT_STREQ(smGetUserLogicalSpoolPath(r.id, r.domain), r.spool) << r.label;
+        EXPECT_STREQ(smGetUserLogicalSymLinkSpoolPath(r.id, r.domain), r.spoolLink) << r.label;
+        EXPECT_STREQ(smGetUserPhysicalMBoxPath(r.id, r.domain), r.mbox) << r.label;
+        EXPECT_STREQ(smGetUserLogicalMBoxPath(r.id, r.domain), r.mbox) << r.label;
+        EXPECT_STREQ(smGetUserLogicalSymLinkMBoxPath(r.id, r.domain), r.mboxLink) << r.label;
+    }
+    std::string wide(252, 'w');
+    EXPECT_STREQ(smGetUserLogicalMBoxPath(wide.c_str(), ""), "=") << "a cut path is another user's";
+    EXPECT_EQ(smGetUserLogicalMBoxPath(wide.substr(1).c_str(), ""), "w/w/" + wide.substr(1));
+}
+
+TEST_F(Storage, EachPathFunctionHasABufferOfItsOwn) {
+    std::array results = {
+        smGetUserPhysicalSpoolPath("ab", ""),       smGetUserLogicalSpoolPath("cd", ""),
+        smGetUserLogicalSymLinkSpoolPath("ef", ""), smGetUserPhysicalMBoxPath("gh", ""),
+        smGetUserLogicalMBoxPath("ij", ""),         smGetUserLogicalSymLinkMBoxPath("kl", "")};
+    std::string dump;
+    for (char* path : results) dump += std::string(path) + " ";
+    EXPECT_EQ(dump, "a/b c/d e g/h/gh i/j/ij k/l ");
+    EXPECT_STREQ(mailGetUserMBoxPath("kim"), "k/i/kim");
+    EXPECT_STREQ(results[4], "k/i/kim");
+}
+
+int modeOf(const std::string& path) {
+    struct stat st;
+    return stat(path.c_str(), &st) == 0 ? static_cast<int>(st.st_mode & 07777) : -1;
+}
+
+TEST_F(Storage, MakesMissingDirectoriesOnly) {
+    umask(0177);  // as the settings writers leave it: a directory made under it could not be used
+    chmod((dir + "/mbox").c_str(), 0755);
+    EXPECT_EQ(mailInitMBoxPathName("kim"), 1);
+    EXPECT_EQ(modeOf(dir + "/mbox/k/i/kim"), 0700);
+    EXPECT_EQ(modeOf(dir + "/mbox/k"), 0700);
+    EXPECT_EQ(modeOf(dir + "/mbox"), 0755);
+    EXPECT_EQ(umask(077), 022U);
+    EXPECT_EQ(mailInitSpoolPathName("kim"), 1);
+    EXPECT_EQ(modeOf(dir + "/spool/k/i"), 0700);
+    EXPECT_EQ(modeOf(dir + "/spool/k/i/kim"), -1);
+    // The physical tree knows no domains.
+    EXPECT_EQ(smUserMBoxMakeAndLink("lee", conf.mboxRootDir, "sysop", "b.example"), 1);
+    EXPECT_EQ(modeOf(dir + "/mbox/l/e/lee"), 0700);
+    mailInitPathName((dir + "/x/y/").c_str());
+    EXPECT_EQ(modeOf(dir + "/x/y"), 0700);
+    mailMakeDir((dir + "/a/b").c_str());
+    EXPECT_EQ(modeOf(dir + "/a"), -1) << "no parents";
+    std::string wide = dir + "/" + std::string(256, 'w');
+    EXPECT_EQ(mailInitPathName(wide.c_str()), 1);
+    EXPECT_EQ(smUserMBoxMakeAndLink(std::string(255, 'w').c_str(), conf.mboxRootDir, "", ""), 1);
+    EXPECT_EQ(modeOf(dir + "/mbox/="), -1);
+}
+
+TEST_F(Storage, ChoosesAPartition) {
+    std::string gone = dir + "/gone";
+    std::string a = dir + "/spool", b = dir + "/mbox";  // one file system: equal free space
+    kit::writeFile(dir + "/mbox/storage.ini",
+                   "SPOOL = " + b + "\n[one]\nOTHER = " + a + "\nspool1 = " + gone +
+                       "\n SPOOL = " + a + " \r\nSPOOL = " + b + "\nSPOOL " + b + "\nMAILBOX=" + b +
+                       "\nSPOOL = /" + std::string(300, 'w') + "\n[ T W O ]\nSPOOL = " + b +
+                       "\n[one]\nMAILBOX = " + a + "\n[none]\nSPOOL = " + gone + "\n");
+    const struct {
+        const char* label;
+        int type;
+        const char* section;
+        std::string expected;
+    } rows[] = {
+        {"first section, first of equals", 1, nullptr, a},
+        {"empty name", 2, "", b},
+        {"by name, ignoring case", 1, "Two", b},
+        {"no line of the kind", 2, "two", "(null)"},
+        {"no free space", 1, "none", "(null)"},
+        {"no such section", 1, "three", "(null)"},
+        {"no such type", 3, nullptr, "(null)"},
+    };
+    for (const auto& r : rows) {
+        const char* path = smGetAvailablePartition(r.type, r.section);
+        EXPECT_EQ(path ? path : "(null)", r.expected) << r.label;
+    }
+    remove((dir + "/mbox/storage.ini").c_str());
+    EXPECT_EQ(smGetAvailablePartition(1, nullptr), nullptr);
+}
+
+TEST_F(Storage, ChecksDomainsAndIds) {
+    std::string list = dir + "/sendmail.cw";
+    kit::writeFile(list, "# b.example\nexample.org\n  Mail.Example.ORG \r\n#c.example");
+    const struct {
+        const char* domain;
+        bool listed;
+    } domains[] = {{"EXAMPLE.org", true},
+                   {"mail.example.org", true},
+                   {"b.example", false},
+                   {"#c.example", false},
+                   {"", false}};
+    for (const auto& d : domains)
+        EXPECT_EQ(attalven::listsDomain(list.c_str(), d.domain), d.listed) << d.domain;
+    EXPECT_EQ(smChkValidMailDomainName(nullptr), 0);
+
+    const struct {
+        const char* id;
+        int plain, withCase, systemAccount;
+    } ids[] = {
+        {"kim", 1, 1, 1},
+        {"Kim", 0, 1, 0},
+        {"1kim", 1, 1, 0},
+        {"kim lee", 0, 0, 0},
+        {"a/b", 0, 0, 0},
+        {"a@b", 0, 0, 0},
+        {"kim.lee", 1, 1, 1},
+        {"kim-lee_2", 1, 1, 1},
+        {"", 1, 1, 1},
+        {"k\xc0m", 0, 0, 0},
+        {"a=b", 0, 0, 0},
+        {"a\"b", 0, 0, 0},
+        {"abcdefghijklmno", 1, 1, 1},
+        {"abcdefghijklmnop", 0, 0, 0},
+    };
+    for (const auto& r : ids) {
+        admOptions = {};
+        EXPECT_EQ(mailChkValidUserId(r.id), r.plain) << r.id;
+        admOptions.allowCaseUserIdFlag = 2;
+        EXPECT_EQ(mailChkValidUserId(r.id), r.withCase) << r.id;
+        admOptions.allowCaseUserIdFlag = 0;
+        admOptions.passwdFlag = 1;
+        EXPECT_EQ(mailChkValidUserId(r.id), r.systemAccount) << r.id;
+    }
+    EXPECT_EQ(mailChkValidUserId(nullptr), 0);
+}
+
+}  // namespace
