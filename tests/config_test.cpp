@@ -1,0 +1,127 @@
+// The system configuration. mailGetConf() is compiled here with the working directory as its
+// folder; it limits the process, so it runs in a child of its own.
+#define ATTALVEN_SYSCONFDIR "."
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <functional>
+
+#include "kit/site.h"
+#include "mail/config/process_setup.cpp"
+
+namespace {
+
+class SystemConfig : public kit::Site {
+  protected:
+    SystemConfig() {
+        conf = {};
+        if (chdir(dir.c_str()) != 0) abort();
+    }
+    /// The record that a folder with this first file gives.
+    MailConf loaded(std::string_view content) {
+        kit::writeFile(dir + "/attalven.conf", content);
+        MailConf record = {};
+        EXPECT_TRUE(loadSystemConfig(dir.c_str(), record));
+        return record;
+    }
+};
+
+TEST_F(SystemConfig, ReadsLinesByTheStartOfTheirKeys) {
+    const struct {
+        const char* label;
+        const char* line;
+        const char* hostName;
+    } rows[] = {
+        {"plain", "HOST_NAME = mail\n", "mail"},
+        {"lower case, no blanks", "host_name=mail\n", "mail"},
+        {"longer key", "HOST_NAMEX = mail\r\n", "mail"},
+        {"blanks before =", "Host_Name   =  mail", "mail"},
+        {"leading blank", "   HOST_NAME = mail\n", ""},
+        {"comment", "#HOST_NAME = mail\n", ""},
+        {"no key", "\n=\nZ = 1\nHOST = mail\n", ""},
+        {"trailing blanks stay", "HOST_NAME = mail  \n", "mail  "},
+        {"second =", "HOST_NAME = a=b\n", "a=b"},
+        {"last line wins", "HOST_NAME = a\nHOST_NAME = b\n", "b"},
+        {"no value", "HOST_NAME = a\nHOST_NAME\n", ""},
+    };
+    for (const auto& r : rows) EXPECT_STREQ(loaded(r.line).hostName, r.hostName) << r.label;
+    MailConf ports = loaded("HTTPD_PORT=8080x\nHTTPD_ADM_PORT = abc\nDEFAULT_TEMPLATE_NUM = -3\n");
+    EXPECT_EQ(ports.httpdPort, 8080);
+    EXPECT_EQ(ports.httpdAdmPort, 0);
+    EXPECT_EQ(ports.defaultTemplateNum, -3);
+}
+
+TEST_F(SystemConfig, FillsEveryFieldAndDerivesTheServer) {
+    MailConf c = loaded(
+        "HOST_NAME = mail\nDOMAIN_NAME = example.org  \nHTTPD_PORT = 80\nHTTPD_ADM_PORT = 81\n"
+        "MAIL_DOMAIN_NAME = example.com\nROOT_DIR = /r\nDOC_ROOT_DIR = /d\nSPOOL_ROOT_DIR = /s\n"
+        "MBOX_ROOT_DIR = /m\nADMIN_ID = root\nADMIN_KEY = key\nDEFAULT_TEMPLATE_LANG = kor\n"
+        "DEFAULT_TEMPLATE_NUM = 2\n");
+    std::string dump;
+    for (const char* text :
+         {c.hostName, c.domainName, c.serverName, c.mailDomainName, c.rootDir, c.docRootDir,
+          c.serverUrl, c.spoolRootDir, c.mboxRootDir, c.adminId, c.adminKey, c.defaultTemplateLang})
+        dump += std::string(text) + "|";
+    EXPECT_EQ(dump,
+              "mail|example.org  |mail.example.org  |example.com|/r|/d|http://mail.example.org  |"
+              "/s|/m|root|key|kor|");
+    EXPECT_EQ(c.httpdPort * 1000 + c.httpdAdmPort * 10 + c.defaultTemplateNum, 80812);
+
+    MailConf wide = loaded("HOST_NAME = " + std::string(5000, 'h') +
+                           "\nDOMAIN_NAME = " + std::string(300, 'd') + "\n");
+    EXPECT_EQ(wide.serverUrl, "http://" + std::string(50, 'h') + "." + std::string(150, 'd'));
+    // The second piece of a line that is too long is a line of its own.
+    EXPECT_STREQ(loaded("#" + std::string(5118, '.') + "HOST_NAME = second\n").hostName, "second");
+}
+
+TEST_F(SystemConfig, TakesTheFirstFileThatOpens) {
+    MailConf record = {};
+    record.loadFlag = 7;
+    EXPECT_FALSE(loadSystemConfig(dir.c_str(), record));
+    EXPECT_EQ(record.loadFlag, 7);
+    kit::writeFile(dir + "/corvane.conf", "HOST_NAME = second\n");
+    EXPECT_TRUE(loadSystemConfig(dir.c_str(), record));
+    EXPECT_STREQ(record.serverName, "second.");
+    EXPECT_EQ(record.loadFlag, 0);
+    EXPECT_STREQ(loaded("").serverUrl, "http://.");  // empty, but it opens
+}
+
+/// Exit status of a child that makes the call; its standard output goes to `output`.
+int statusOfChild(std::string& output, const std::function<int()>& call) {
+    int status = -1;
+    output = kit::outputOf([&] {
+        pid_t child = fork();
+        if (child == 0) exit(call());
+        waitpid(child, &status, 0);
+    });
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+TEST_F(SystemConfig, GetConfSetsUpTheProcess) {
+#if defined(__SANITIZE_ADDRESS__)
+    GTEST_SKIP() << "AddressSanitizer does not run under the data limit";
+#endif
+    std::string output;
+    EXPECT_EQ(statusOfChild(output, [] { return mailGetConf(&conf), 0; }), 255);
+    EXPECT_EQ(output, "Content-Type: text/html\n\n./attalven.conf file open error!!!");
+
+    kit::writeFile(dir + "/attalven.conf", "HOST_NAME = a\nDOMAIN_NAME = b\n");
+    EXPECT_EQ(statusOfChild(output,
+                            [] {
+                                mailGetConf(&conf);
+                                struct rlimit core, data;
+                                getrlimit(RLIMIT_CORE, &core);
+                                getrlimit(RLIMIT_DATA, &data);
+                                printf("%s %s %s %ld %ld", conf.serverName, conf.adminId,
+                                       conf.adminKey, static_cast<long>(core.rlim_max),
+                                       static_cast<long>(data.rlim_max));
+                                MailConf other = {};
+                                mailGetConf(&other);  // keys that are absent keep their values
+                                printf(" %s %s", other.serverUrl, other.adminId);
+                                return 0;
+                            }),
+              0);
+    EXPECT_EQ(output, "a.b sysop kQwZbn 0 100000000 http://a.b sysop");
+}
+
+}  // namespace
