@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "language.h"
 #include "mail/base/bounded_text.h"
 #include "mail/base/text.h"
 #include "page.h"
@@ -40,7 +41,7 @@ BoundedText<kTypeMax> printableType(string_view contentType) {
 }
 
 /// The value of the first cookie `name` in a Cookie header (RFC 6265, 4.2.1).
-std::optional<string_view> cookie(string_view header, string_view name) {
+std::optional<string_view> findCookie(string_view header, string_view name) {
     while (!header.empty()) {
         size_t end = header.find(';');
         string_view pair = trim(head(header, end));
@@ -56,6 +57,13 @@ std::optional<string_view> cookie(string_view header, string_view name) {
 }
 
 }  // namespace
+
+std::optional<string_view> attalven::requestCookie(string_view name) {
+    std::optional<string_view> value = findCookie(variable("HTTP_COOKIE", 64 * 1024), name);
+    bool usable = value && value->size() <= kCookieMax &&
+                  std::none_of(value->begin(), value->end(), isControl);
+    return usable ? value : std::nullopt;
+}
 
 void cgiMimeHeader(const char* contentType) {
     BoundedText<kTypeMax> type = printableType(viewOf(contentType));
@@ -118,10 +126,8 @@ char* cgiCkGetVal(const char* name) {
     static BoundedText<kCookieMax> values[4];
     static unsigned next;
     if (!name || !*name) return nullptr;
-    std::optional<string_view> value = cookie(variable("HTTP_COOKIE", 64 * 1024), name);
-    if (!value || value->size() > kCookieMax ||
-        std::any_of(value->begin(), value->end(), isControl))
-        return nullptr;
+    std::optional<string_view> value = requestCookie(name);
+    if (!value) return nullptr;
     BoundedText<kCookieMax>& slot = values[next++ % 4];
     slot.assign(*value);
     return slot.data();

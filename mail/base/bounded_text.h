@@ -31,7 +31,7 @@ class BoundedText {
     }
     void append(string_view s) {
         size_t n = cutLength(s, N - size_);
-        if (n) memcpy(data_ + size_, s.data(), n);
+        if (n) memmove(data_ + size_, s.data(), n);  // `s` may be the text itself
         size_ += n;
         data_[size_] = 0;
     }

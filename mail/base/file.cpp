@@ -10,8 +10,13 @@
 namespace attalven {
 
 OwnedFile openRegular(const char* path, Links links) {
-    int fd = open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY |
-                            (links == Links::kRefuse ? O_NOFOLLOW : 0));
+    return openRegularAt(AT_FDCWD, path, links);
+}
+
+OwnedFile openRegularAt(int directory, const char* name, Links links) {
+    int fd = openat(
+        directory, name,
+        O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY | (links == Links::kRefuse ? O_NOFOLLOW : 0));
     if (fd < 0) return nullptr;
     struct stat st;
     FILE* f = fstat(fd, &st) == 0 && S_ISREG(st.st_mode) ? fdopen(fd, "r") : nullptr;

@@ -29,6 +29,8 @@ enum class Links { kFollow, kRefuse };
 
 /// A regular file for reading, NULL for anything else. Never blocks on a FIFO.
 OwnedFile openRegular(const char* path, Links links = Links::kFollow);
+/// The same for a name relative to the open directory `directory`.
+OwnedFile openRegularAt(int directory, const char* name, Links links);
 
 }  // namespace attalven
 

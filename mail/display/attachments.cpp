@@ -2,17 +2,15 @@
 // header is read for their subject and Message-ID. A forwarded message is opened one level deep
 // only, whatever it nests.
 
-#include "leaf_parts.h"
 #include "mail/base/owned.h"
 #include "mail/display.h"
+#include "message_questions.h"
 #include "page_links.h"
 #include "support/support.h"
 
 namespace attalven {
 
 namespace {
-
-using OwnedMessage = Owned<MailInfo, mailFree>;
 
 /// Fills one row of the list. False, and the row stays the end of the list, when its media type
 /// finds no memory.

@@ -3,9 +3,9 @@
 // of the list. Bodies are printed as they were sent, whatever markup an HTML mail holds: the page
 // that shows them is isolated by its response headers. Every other text of a mail stays text.
 
-#include "leaf_parts.h"
 #include "mail/display.h"
 #include "mail/storage.h"
+#include "message_questions.h"
 #include "page_links.h"
 #include "support/support.h"
 

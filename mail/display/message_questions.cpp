@@ -1,6 +1,7 @@
 // The questions that a page asks about a message's structure: one walk over the leaf parts each.
 
-#include "leaf_parts.h"
+#include "message_questions.h"
+
 #include "mail/base/bounded_text.h"
 #include "mail/display.h"
 

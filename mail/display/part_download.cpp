@@ -4,10 +4,10 @@
 
 #include <cstring>
 
-#include "leaf_parts.h"
 #include "mail/base/line_reader.h"
 #include "mail/codec.h"
 #include "mail/display.h"
+#include "message_questions.h"
 #include "page_links.h"
 #include "support/support.h"
 

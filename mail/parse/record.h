@@ -1,12 +1,20 @@
-#ifndef ATTALVEN_MAIL_DISPLAY_LEAF_PARTS_H
-#define ATTALVEN_MAIL_DISPLAY_LEAF_PARTS_H
+#ifndef ATTALVEN_MAIL_PARSE_RECORD_H
+#define ATTALVEN_MAIL_PARSE_RECORD_H
 
-// The leaf parts of a message in index order, for range-based loops, and what display asks of one.
+// The records of a message as C++ sees them: owners, names for the codes, lists that grow at their
+// tail, and the leaf parts for range-based loops.
+
+#include <utility>
 
 #include "mail/base/text.h"
 #include "mail/parse.h"
 
 namespace attalven {
+
+using OwnedMessage = Owned<MailInfo, mailFree>;
+using OwnedBody = Owned<MailBody, mailFreeBody>;
+using OwnedAddress = Owned<MailAddress, mailFreeAddress>;
+using OwnedParam = Owned<MailParam, mailFreeParam>;
 
 /// Rows of `mime_types`.
 enum MediaType {
@@ -18,6 +26,36 @@ enum MediaType {
     kMultipart,
     kText,
     kVideo,
+};
+
+/// Levels of multiparts, and of messages inside messages, that are entered. Deeper mail is made to
+/// exhaust the stack or the processor; other mail software stops at 100 as well.
+inline constexpr int kMaxNesting = 100;
+
+/// Appends records at the tail of a chain that it owns, so that long lists stay linear.
+template <typename Record, void (*Release)(Record**)>
+class Chain {
+  public:
+    Chain() = default;
+    ~Chain() { Release(&first_); }
+    Chain(const Chain&) = delete;
+    Chain& operator=(const Chain&) = delete;
+
+    Record* append(Owned<Record, Release> record) {
+        Record* added = record.release();
+        *tail_ = added;
+        tail_ = &added->next;
+        return added;
+    }
+    /// Hands the chain over; the Chain is empty afterwards.
+    Record* take() {
+        tail_ = &first_;
+        return std::exchange(first_, nullptr);
+    }
+
+  private:
+    Record* first_ = nullptr;
+    Record** tail_ = &first_;
 };
 
 /// Holds the body index for its lifetime; without memory for it the message has no parts.
@@ -61,17 +99,6 @@ class LeafParts {
 inline bool hasSubType(const MailBody& part, string_view subType) {
     return equalNoCase(viewOf(part.subType), subType);
 }
-/// A text that is shown, not attached.
-inline bool isBodyText(const MailBody& part) {
-    return part.type == kText && !part.fileName;
-}
-
-/// The part's type and subtype joined by "/"; a type outside the table counts as unknown.
-Text mediaTypeText(const MailBody& part);
-
-/// The answers of mailChkBodyType() and mailChkCID() for callers that hold the index already.
-int bodyTypeOf(const LeafParts& parts);
-bool hasReferences(const LeafParts& parts);
 
 }  // namespace attalven
 
