@@ -12,38 +12,34 @@ namespace attalven {
 
 namespace {
 
-/// Fills one row of the list. False, and the row stays the end of the list, when its media type
-/// finds no memory.
-bool fillRow(MailAttach& row, OwnedText mimeType, const char* name, int size, OwnedText msgId) {
-    if (!mimeType) return false;
-    row.mimeType = mimeType.release();
-    row.name = copyText(viewOf(name)).release();
-    row.size = size;
-    row.msgId = msgId.release();
-    return true;
-}
+/// The list under construction: `row` is its end so far. A row whose media type finds no memory
+/// ends the list for good.
+struct ListEnd {
+    MailAttach* row;
+    bool complete = false;
 
-bool addFile(MailAttach*& row, const MailBody& part, const MailInfo& msg) {
-    return fillRow(*row, OwnedText(mediaTypeText(part).take()), part.fileName, part.bodySize,
-                   copyText(viewOf(msg.messageId))) &&
-           ++row;
-}
+    void add(OwnedText mimeType, const char* name, int size, OwnedText msgId) {
+        complete = !mimeType;
+        if (complete) return;
+        *row++ = {mimeType.release(), copyText(viewOf(name)).release(), size, msgId.release()};
+    }
+};
 
-bool addMessage(MailAttach*& row, const MailBody& part, FILE* fp) {
+void addMessage(ListEnd& end, const MailBody& part, FILE* fp) {
     OwnedMessage inner(fp ? mailGetHeaderInfo(part.bodyOffset, part.bodySize, fp) : nullptr);
-    if (!inner) return true;
+    if (!inner) return;
     OwnedText msgId = inner->messageId ? urlEncoded(inner->messageId) : copyText("nomsgid");
     if (!msgId) msgId = copyText({});
-    return fillRow(*row, copyText("message/rfc822"), inner->subject, part.bodySize,
-                   std::move(msgId)) &&
-           ++row;
+    end.add(copyText("message/rfc822"), inner->subject, part.bodySize, std::move(msgId));
 }
 
-/// False when the list ends here for lack of memory.
-bool addPart(MailAttach*& row, const MailBody& part, const MailInfo& msg, FILE* fp) {
-    if (part.type == kMessage) return !hasSubType(part, "rfc822") || addMessage(row, part, fp);
-    bool listed = part.fileName && part.type >= kUnknown && part.type <= kVideo;
-    return !listed || addFile(row, part, msg);
+void addPart(ListEnd& end, const MailBody& part, const MailInfo& msg, FILE* fp) {
+    if (part.type == kMessage) {
+        if (hasSubType(part, "rfc822")) addMessage(end, part, fp);
+    } else if (part.fileName && part.type >= kUnknown && part.type <= kVideo) {
+        end.add(OwnedText(mediaTypeText(part).take()), part.fileName, part.bodySize,
+                copyText(viewOf(msg.messageId)));
+    }
 }
 
 }  // namespace
@@ -58,9 +54,11 @@ MailAttach* mailGetAttachList(MailInfo* msg, long, FILE* fp) {
         return nullptr;
     OwnedMemory<MailAttach> list = allocate<MailAttach>(parts.count() + 1);
     if (!list) return nullptr;
-    MailAttach* row = list.get();
-    for (const MailBody& part : parts)
-        if (!addPart(row, part, *msg, fp)) break;
+    ListEnd end{list.get()};
+    for (const MailBody& part : parts) {
+        if (end.complete) break;
+        addPart(end, part, *msg, fp);
+    }
     return list.release();
 }
 
