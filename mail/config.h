@@ -113,8 +113,8 @@ ATTALVEN_API void mailFreeVacationPref(MailVacationPref* vac);
  * over the record (mode 0600 when new; the file-creation mask stays); failure is silent.
  *
  * `name` is one path component of at most 255 bytes; any other name matches nothing and saves
- * nothing. NULL keys count as empty. A key is stored up to its first line break and compared over
- * its first 4999 bytes, so that a key with a line break or with trailing white space never matches.
+ * nothing. NULL keys count as empty. A key is stored up to its first line break; one with a line
+ * break, with trailing white space or of more than 4998 bytes never matches.
  */
 ATTALVEN_API int mailChkAutoSubmittedInfo(const char* name, const char* id, const char* domain,
                                           const char* firstKey, const char* secondKey);

@@ -99,6 +99,13 @@ int statusOfChild(std::string& output, const std::function<int()>& call) {
 
 TEST_F(SystemConfig, GetConfSetsUpTheProcess) {
 #if defined(__SANITIZE_ADDRESS__)
+#define WITH_ADDRESS_SANITIZER
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define WITH_ADDRESS_SANITIZER
+#endif
+#endif
+#ifdef WITH_ADDRESS_SANITIZER
     GTEST_SKIP() << "AddressSanitizer does not run under the data limit";
 #endif
     std::string output;

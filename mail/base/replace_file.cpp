@@ -35,13 +35,15 @@ Descriptor makeSibling(string_view path, Path& name) {
     return Descriptor(mkostemp(name.data(), O_CLOEXEC));
 }
 
-/// Overwrites the file itself. The room is reserved first, so that a full disk is noticed before
-/// the old content is touched; file systems that cannot reserve just write.
-bool overwrite(int fd, string_view content) {
+/// Overwrites the file itself. It grows first, so that a full disk is noticed while the old content
+/// is still there; file systems that cannot reserve room just write.
+bool overwrite(int fd, off_t oldSize, string_view content) {
     auto size = static_cast<off_t>(content.size());
-    if (size > 0 && fallocate(fd, FALLOC_FL_KEEP_SIZE, 0, size) != 0 &&
-        (errno == ENOSPC || errno == EDQUOT || errno == EFBIG))
+    if (size > oldSize && fallocate(fd, 0, 0, size) != 0 &&
+        (errno == ENOSPC || errno == EDQUOT || errno == EFBIG)) {
+        (void)!ftruncate(fd, oldSize);
         return false;
+    }
     return writeAll(fd, content) && ftruncate(fd, size) == 0 && fsync(fd) == 0;
 }
 
@@ -75,7 +77,7 @@ Replaced createFile(const char* path, string_view content) {
     if (made == Sibling::kFailed) return Replaced::kNotWritten;
     Descriptor fd(open(path, O_WRONLY | O_CREAT | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, 0600));
     if (!fd) return Replaced::kNotOpened;
-    return overwrite(fd.get(), content) && fd.close() ? Replaced::kDone : Replaced::kNotWritten;
+    return overwrite(fd.get(), 0, content) && fd.close() ? Replaced::kDone : Replaced::kNotWritten;
 }
 
 }  // namespace
@@ -90,7 +92,8 @@ Replaced replaceFile(const char* path, string_view content) {
     Sibling made = old.st_nlink == 1 && realpath(path, target) ? writeSibling(target, &old, content)
                                                                : Sibling::kImpossible;
     if (made == Sibling::kImpossible)
-        return overwrite(fd.get(), content) && fd.close() ? Replaced::kDone : Replaced::kNotWritten;
+        return overwrite(fd.get(), old.st_size, content) && fd.close() ? Replaced::kDone
+                                                                       : Replaced::kNotWritten;
     return made == Sibling::kDone ? Replaced::kDone : Replaced::kNotWritten;
 }
 

@@ -11,7 +11,7 @@ namespace attalven {
 enum class Replaced {
     kDone,
     kNotOpened,  // a plain opening for writing would have failed; nothing was changed
-    kNotWritten  // the new content did not get to the disk; the old file stands
+    kNotWritten  // the content did not get to the disk; the old file stands
 };
 
 /// Makes `content` the content of the regular file `path`, through a synced new file in the same
