@@ -4,7 +4,7 @@ file(GLOB support_sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/support/*.cpp)
 
 # The base kit is compiled in a second time: the two libraries do not share internal symbols.
 add_library(support_objects OBJECT ${support_sources} ${PROJECT_SOURCE_DIR}/mail/base/text.cpp
-    ${PROJECT_SOURCE_DIR}/mail/base/file.cpp)
+    ${PROJECT_SOURCE_DIR}/mail/base/descriptor.cpp ${PROJECT_SOURCE_DIR}/mail/base/file.cpp)
 target_link_libraries(support_objects PRIVATE attalven_warnings attalven_freestanding)
 
 add_library(attalven_support SHARED $<TARGET_OBJECTS:support_objects>)

@@ -15,6 +15,7 @@
 #include <climits>
 #include <cstring>
 
+#include "mail/base/descriptor.h"
 #include "mail/base/text.h"
 #include "support.h"
 
@@ -22,36 +23,8 @@ using namespace attalven;
 
 namespace {
 
-class Descriptor {
-  public:
-    explicit Descriptor(int fd) : fd_(fd) {}
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    ~Descriptor() { close(); }
-    int get() const { return fd_; }
-    bool close() {
-        int fd = fd_;
-        fd_ = -1;
-        return fd < 0 || ::close(fd) == 0;
-    }
-
-  private:
-    int fd_;
-};
-
 bool isRegular(int fd, struct stat& st) {
     return fd >= 0 && fstat(fd, &st) == 0 && S_ISREG(st.st_mode);
-}
-
-bool writeAll(int fd, const char* data, size_t size) {
-    while (size) {
-        ssize_t n = write(fd, data, size);
-        if (n < 0 && errno == EINTR) continue;
-        if (n <= 0) return false;
-        data += n;
-        size -= static_cast<size_t>(n);
-    }
-    return true;
 }
 
 /// Copies from both files' starts to the source's end; the number of bytes, -1 for an error.
@@ -66,7 +39,7 @@ off_t copyBytes(int in, int out) {
         ssize_t n = read(in, block.get(), kBlock);
         if (n < 0 && errno == EINTR) continue;
         if (n == 0) return total;
-        if (n < 0 || !writeAll(out, block.get(), static_cast<size_t>(n))) return -1;
+        if (n < 0 || !writeAll(out, {block.get(), static_cast<size_t>(n)})) return -1;
         total += n;
     }
     return -1;

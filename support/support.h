@@ -106,9 +106,9 @@ char* strToHyperLink(const char* text);
 /* New text made fit to stand in an HTML page: &, <, > and " become character references, canonical
  * links (and nothing else) stay links, each line end (LF or CR LF) becomes "<BR>" and `lineBreak`
  * (NULL: nothing more), blanks at the start of a line and after another blank become "&nbsp;", a
- * TAB four of them. Other control bytes are dropped. A GB2312 character of an HZ section one of
- * whose bytes is &, <, > or " becomes a numeric character reference outside the section. NULL for
- * NULL. Caller frees with free(). */
+ * TAB four of them, a CR alone a blank. Other control bytes are dropped. A GB2312 character of an
+ * HZ section one of whose bytes is &, <, > or " becomes a numeric character reference outside the
+ * section. NULL for NULL. Caller frees with free(). */
 char* strConvHTMLStr(const char* text, const char* lineBreak);
 
 /* New text in which every occurrence of `token` (exact case, left to right, not overlapping) is

@@ -1,0 +1,74 @@
+// Page text of any bytes: what strConvHTMLStr() writes holds no markup but line breaks and links of
+// the canonical form, every link that strToHyperLink() made stays one, and markup that is taken off
+// stays off.
+
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+
+#include "support/support.h"
+
+namespace {
+
+std::string taken(char* text) {
+    if (!text) abort();
+    std::string s = text;
+    free(text);
+    return s;
+}
+
+size_t count(const std::string& s, const std::string& token) {
+    size_t n = 0;
+    for (size_t at = 0; (at = s.find(token, at)) != s.npos; at += token.size()) n++;
+    return n;
+}
+
+const std::string kOpen = "<A HREF=\"",
+                  kMiddle = "\" TARGET=\"_blank\" REL=\"noopener noreferrer\">", kClose = "</A>";
+
+/// Takes a canonical link off the page's start; false if it is none.
+bool takeLink(std::string& page) {
+    if (page.rfind(kOpen, 0) != 0) return false;
+    size_t middle = page.find(kMiddle), close = page.find(kClose);
+    if (middle == page.npos || close == page.npos || close < middle) return false;
+    std::string url = page.substr(kOpen.size(), middle - kOpen.size());
+    std::string text = page.substr(middle + kMiddle.size(), close - middle - kMiddle.size());
+    if (url != text && url != "mailto:" + text) return false;
+    for (char c : url)
+        if (c <= ' ' || c == 0x7F || strchr("\"<>\\^`{|}", c)) return false;
+    page.erase(0, close + kClose.size());
+    return true;
+}
+
+void checkPage(std::string page) {
+    while (!page.empty()) {
+        size_t plain = page.find_first_of("<>\"");
+        if (plain) {
+            page.erase(0, plain);
+        } else if (page.rfind("<BR>\n", 0) == 0) {
+            page.erase(0, 5);
+        } else if (!takeLink(page)) {
+            abort();
+        }
+    }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    std::string text(reinterpret_cast<const char*>(data), size);
+    text = text.c_str();
+    std::string links = taken(strToHyperLink(text.c_str()));
+    std::string page = taken(strConvHTMLStr(links.c_str(), "\n"));
+    checkPage(page);
+    checkPage(taken(strConvHTMLStr(text.c_str(), "\n")));
+    if (count(links, kMiddle) - count(text, kMiddle) > count(page, kMiddle)) abort();
+
+    std::string stripped = taken(strStripHTMLTag(text.c_str()));
+    bool hz = text.find("~{") != text.npos || stripped.find("~{") != stripped.npos;
+    if (!hz && taken(strStripHTMLTag(stripped.c_str())) != stripped) abort();
+    std::string wml = taken(strConvWMLStr(stripped.c_str(), "\\&\"\n"));
+    if (wml.find('>') != wml.npos && count(wml, "<br/>\n") != count(wml, ">")) abort();
+    return 0;
+}
