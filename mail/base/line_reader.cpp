@@ -96,6 +96,47 @@ void LineReader::skip(size_t n) {
     atLineStart_ = buffer_.get()[begin_ - 1] == '\n';
 }
 
+/// Where in the bytes read ahead a line starts with `prefix`; npos when none does.
+size_t LineReader::findLine(string_view have, string_view prefix) const {
+    const char* at = have.data();
+    const char* end = at + have.size();
+    while (at < end) {
+        auto left = static_cast<size_t>(end - at);
+        auto hit = static_cast<const char*>(memmem(at, left, prefix.data(), prefix.size()));
+        if (!hit) break;
+        if (hit == have.data() ? atLineStart_ : hit[-1] == '\n')
+            return static_cast<size_t>(hit - have.data());
+        // One look a line, however often the prefix stands in it.
+        auto lf = static_cast<const char*>(memchr(hit, '\n', static_cast<size_t>(end - hit)));
+        if (!lf) break;
+        at = lf + 1;
+    }
+    return string_view::npos;
+}
+
+bool LineReader::skipToLine(string_view prefix, int64_t end) {
+    if (position() >= end) return false;
+    for (;;) {
+        string_view have = peek(prefix.size());
+        int64_t left = end - position();
+        if (have.size() < prefix.size() || left <= 0) break;
+        size_t at = findLine(have, prefix);
+        if (at != string_view::npos) {
+            if (static_cast<int64_t>(at) >= left) break;
+            skip(at);
+            return true;
+        }
+        // The last bytes may be the start of the prefix.
+        size_t done = have.size() - prefix.size() + 1;
+        skip(static_cast<size_t>(std::min(static_cast<int64_t>(done), left)));
+    }
+    while (position() < end && !peek(1).empty())
+        skip(static_cast<size_t>(std::min(static_cast<int64_t>(end_ - begin_), end - position())));
+    LinePiece crossing;
+    if (!atLineStart_) next(crossing);
+    return false;
+}
+
 void LineReader::finish() {
     if (!stream_) return;
     fseeko(stream_, position(), SEEK_SET);

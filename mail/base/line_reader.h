@@ -41,6 +41,12 @@ class LineReader {
     int64_t position() const { return base_ + static_cast<int64_t>(begin_); }
     /// Goes on reading at `offset`; the bytes there may already be in the buffer.
     void seek(int64_t offset);
+    /// Pieces have at most limit - 1 bytes from now on.
+    void setLimit(size_t limit) { limit_ = limit; }
+    /// Skips to the next physical line that begins before `end` and starts with `prefix` (not
+    /// empty, without LF, shorter than kBlock). When there is none, gives false and skips all lines
+    /// that begin before `end`.
+    bool skipToLine(string_view prefix, int64_t end);
     /// Whether the next piece starts a physical line.
     bool atLineStart() const { return atLineStart_; }
 
@@ -54,6 +60,7 @@ class LineReader {
 
   private:
     bool fill();
+    size_t findLine(string_view have, string_view prefix) const;
     string_view buffered() const { return {buffer_.get() + begin_, end_ - begin_}; }
 
     FILE* stream_;
