@@ -157,7 +157,7 @@ ATTALVEN_API MailAddress* mailGetAddrList(const char* text);
 
 /*
  * The instant that a Date value (RFC 5322 section 3.3) names, in seconds since the epoch, UTC.
- * `value` is split in place. Words are read by position after the first comma: day, month, year,
+ * `value` is only read. Words count by position after the first comma: day, month, year,
  * time, zone. A missing zone is UTC; a zone word other than +hhmm, -hhmm or the North American
  * letters makes it the server's local time (TZ). 0 for NULL.
  */
