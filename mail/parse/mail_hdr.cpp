@@ -1,0 +1,159 @@
+// Message headers into records, and the messages inside a message. A header block ends only at its
+// empty line, not at the message's size, so that a mail without one reads on into the next message:
+// sizes that follow from it may be negative, and the search for nested messages has a budget.
+
+#include "mail_hdr.h"
+
+#include "header_field.h"
+#include "header_lines.h"
+#include "mail/base/keyword.h"
+#include "mail_addr.h"
+#include "mail_date.h"
+#include "mail_mime_field.h"
+
+namespace attalven {
+namespace {
+
+using Field = HeaderField;
+
+void setAddresses(MailAddress*& list, string_view value) {
+    mailFreeAddress(&list);
+    list = parseAddresses(value).release();
+}
+
+void takeText(char*& field, Text& text) {
+    free(field);
+    field = text.take();
+}
+
+void setDate(MailInfo& m, const Field& f) {
+    setText(m.dateStr, f.value);
+    m.date = parseDate(f.value);
+}
+
+void setMessageId(MailInfo& m, const Field& f) {
+    Text id;
+    readMessageId(f.value, id);
+    takeText(m.messageId, id);
+}
+
+/// The first subject wins, all other fields: the last.
+void setSubject(MailInfo& m, const Field& f) {
+    Text subject;
+    if (!m.subject && readSubject(f.value, subject)) m.subject = subject.take();
+}
+
+void setVersion(MailInfo& m, const Field& f) {
+    m.mimeVersion = decimal(head(f.value, 1));
+}
+
+struct Row {
+    string_view key;
+    void (*read)(MailInfo&, const Field&);
+};
+constexpr Row kRows[] = {
+    {"apparently-from:", [](MailInfo& m, const Field& f) { setAddresses(m.from, f.value); }},
+    {"apparently-to:", [](MailInfo& m, const Field& f) { setAddresses(m.to, f.value); }},
+    {"cc:", [](MailInfo& m, const Field& f) { setAddresses(m.cc, f.value); }},
+    {"content-disposition", [](MailInfo& m, const Field& f) { readFileName(f.header, *m.body); }},
+    {"content-transfer-encoding:",
+     [](MailInfo& m, const Field& f) { m.body->encoding = encodingOf(f.value); }},
+    {"content-type",
+     [](MailInfo& m, const Field& f) { readContentType(f.header, f.value, *m.body); }},
+    {"date:", setDate},
+    {"from:", [](MailInfo& m, const Field& f) { setAddresses(m.from, f.value); }},
+    {"message-id:", setMessageId},
+    {"mime-version:", setVersion},
+    {"reply-to:", [](MailInfo& m, const Field& f) { setAddresses(m.replyTo, f.value); }},
+    {"status:", [](MailInfo& m, const Field& f) { m.status |= statusBits(f.value); }},
+    {"subject:", setSubject},
+    {"to:", [](MailInfo& m, const Field& f) { setAddresses(m.to, f.value); }},
+    {"x-mailer:", [](MailInfo& m, const Field& f) { setText(m.mailer, f.value); }},
+    {"x-priority:", [](MailInfo& m, const Field& f) { m.priority = priorityOf(f.value); }},
+    {"x-smime:", [](MailInfo& m, const Field& f) { setText(m.smime, f.value); }},
+    {"x-voice-id", [](MailInfo& m, const Field& f) { setText(m.voiceId, f.value); }},
+};
+
+void readField(MailInfo& message, string_view header) {
+    const Row* row = findKeyword<Row>(kRows, header);
+    if (!row) return;
+    if (std::optional<string_view> value = headerValue(header))
+        row->read(message, {header, *value});
+}
+
+/// A record with the defaults of a message without headers.
+OwnedMessage newMessage() {
+    OwnedMessage message(mailNewHeader());
+    if (!message) return nullptr;
+    message->body = mailNewBody();
+    if (!message->body) return nullptr;
+    message->body->type = kText;
+    setText(message->body->subType, "plain");
+    return message;
+}
+
+/// The search for a nested message. Each level costs one reading of what it holds; the budget ends
+/// what only crafted mail can cause: header blocks without end, read again for every part.
+struct NestedSearch {
+    FILE* fp;
+    string_view id;
+    int64_t budget;  // bytes
+
+    MailInfo* find(MailInfo& message, int levels) {
+        if (equalNoCase(viewOf(message.messageId), id)) return &message;
+        if (levels == 0) return nullptr;
+        for (const MailBody& part : LeafParts(message.body)) {
+            if (part.type != kMessage || budget < 0) continue;
+            OwnedMessage nested(open(part));
+            MailInfo* found = nested ? find(*nested, levels - 1) : nullptr;
+            if (found) return found == nested.get() ? nested.release() : found;
+        }
+        return nullptr;
+    }
+
+    OwnedMessage open(const MailBody& part) {
+        OwnedMessage nested(mailGetHeaderInfo(part.bodyOffset, part.bodySize, fp));
+        if (!nested) return nullptr;
+        budget -= int64_t{nested->bodyOffset} - nested->offset + std::max(nested->bodySize, 0);
+        mailParseBody(nested.get(), fp);
+        return nested;
+    }
+};
+
+}  // namespace
+}  // namespace attalven
+
+using namespace attalven;
+
+MailInfo* mailGetHeaderInfo(int offset, int size, FILE* fp) {
+    OwnedMessage message = fp ? newMessage() : nullptr;
+    if (!message) return nullptr;
+    LineReader reader(fp, kHeaderLineLimit);
+    reader.seek(offset);
+    StreamLines lines{reader};
+    unfoldHeaders(lines, [&message](string_view header) {
+        readField(*message, header);
+        return true;
+    });
+    message->offset = offset;
+    message->size = size;
+    message->bodyOffset = clampInt(reader.position());
+    message->bodySize = clampInt(int64_t{offset} + size - reader.position());
+    return message.release();
+}
+
+MailInfo* mailProcessing(int offset, int size, const char* msgId, FILE* fp) {
+    OwnedMessage message(mailGetHeaderInfo(offset, size, fp));
+    if (!message) return nullptr;
+    mailParseBody(message.get(), fp);
+    MailInfo* found = mailGetRFC822MessageInfo(message.get(), fp, msgId);
+    return found && found != message.get() ? found : message.release();
+}
+
+MailInfo* mailGetRFC822MessageInfo(MailInfo* msg, FILE* fp, const char* msgId) {
+    if (!msg) return nullptr;
+    constexpr int64_t kLeastBudget = 1 << 20;
+    NestedSearch search{fp, viewOf(msgId),
+                        kLeastBudget + int64_t{kMaxNesting} * std::max(msg->size, 0)};
+    return search.find(*msg, kMaxNesting);
+}
