@@ -5,8 +5,6 @@
 
 #include <cstdlib>
 
-using namespace attalven;
-
 extern "C" {
 
 const char* const mime_types[9] = {"x-unknown", "audio", "application", "image", "message",
@@ -15,6 +13,7 @@ const char* const encoding[6] = {"7bit",   "8bit",   "quoted-printable",
                                  "base64", "binary", "x-unknown"};
 }
 
+namespace attalven {
 namespace {
 
 template <typename Record>
@@ -50,6 +49,9 @@ bool forEachLeaf(MailBody* node, Visit& visit) {
 }
 
 }  // namespace
+}  // namespace attalven
+
+using namespace attalven;
 
 MailInfo* mailNewHeader(void) {
     MailInfo* message = newRecord<MailInfo>();
