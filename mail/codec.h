@@ -184,8 +184,9 @@ ATTALVEN_API char* getDefaultCharSet(const char* name);
  * library's own tolerant decoder. mailEncodeCharSet converts page text to the set chosen for
  * sending: a family name, or "jpn-utf-", "kor-utf-", "cnt-utf-", "cns-utf-" and the rest of the UTF
  * name, where the prefix names the page character set (SHIFT-JIS, EUC-KR, GB2312, BIG5). Result: a
- * new text. Caller frees with free(). NULL when `text` is NULL or empty, the set is NULL or
- * unknown, or the text does not convert. Overwrites the result of getDefaultCharSet. */
+ * new text. Caller frees with free(). NULL when `text` is NULL or empty (mailDecodeCharSet gives
+ * "" for an empty text in one of those two sets), the set is NULL or unknown, or the text does not
+ * convert. */
 ATTALVEN_API char* mailDecodeCharSet(const char* text, const char* charset);
 ATTALVEN_API char* mailEncodeCharSet(const char* text, const char* charset);
 
@@ -205,7 +206,7 @@ ATTALVEN_API char* mailGetLangCharSet(const char* lang);
  * word; a value without words that carries raw ISO-2022-KR or ISO-2022-JP text is converted from
  * that. What cannot be converted stays as the decoded bytes; an unfinished word keeps the part
  * being read. Result: a new text. Caller frees with free(). NULL when `text` is NULL or empty, or
- * memory is out. Overwrites the result of getDefaultCharSet. */
+ * memory is out. */
 ATTALVEN_API char* mailDecodeSubject(const char* text);
 
 /* Prepares page text for a header: converts it to the set chosen for sending (mailEncodeCharSet)
@@ -213,8 +214,8 @@ ATTALVEN_API char* mailDecodeSubject(const char* text);
  * The words fold over lines that begin with a TAB. Text that does not convert is written as it is,
  * labelled with its page character set; with an empty or NULL `charset` the result is a copy of
  * `text`. Result: a new text. Caller frees with free(). NULL when `text` is NULL (an empty text
- * gives NULL with codes 2 and 3) or memory is out. Overwrites the result of getDefaultCharSet; code
- * 2 counts on the `x_pos` of mailEncodeSubjectQP. */
+ * gives NULL with codes 2 and 3) or memory is out. Code 2 counts on the `x_pos` of
+ * mailEncodeSubjectQP. */
 ATTALVEN_API char* mailEncodeSubject(const char* text, const char* charset, int code);
 
 /* Write a text that is already in the set `charset` as encoded words: Q words, folded when more

@@ -13,7 +13,7 @@
 #include "converter_pair.h"
 #include "support.h"
 
-namespace attalven {
+namespace attalven::converter {
 namespace {
 
 using std::string_view;
@@ -200,9 +200,9 @@ Converter* openNew(string_view target, string_view source) {
 }
 
 }  // namespace
-}  // namespace attalven
+}  // namespace attalven::converter
 
-using namespace attalven;
+using namespace attalven::converter;
 
 msiconv_t msiconv_open(const char* target, const char* source) {
     const auto none = reinterpret_cast<msiconv_t>(-1);

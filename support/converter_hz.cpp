@@ -6,7 +6,7 @@
 
 #include <cstring>
 
-namespace attalven {
+namespace attalven::converter {
 namespace {
 
 /// What one unit of HZ is: its length, how many bytes of text it gives, and the mode after it.
@@ -75,4 +75,4 @@ bool writeHz(bool& gb, const char* in, const char* end, char*& out, const char* 
     return true;
 }
 
-}  // namespace attalven
+}  // namespace attalven::converter

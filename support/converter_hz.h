@@ -5,7 +5,7 @@
 
 #include <cstddef>
 
-namespace attalven {
+namespace attalven::converter {
 
 enum class HzResult { done, full, incomplete, invalid };
 
@@ -21,6 +21,6 @@ bool writeHz(bool& gb, const char* in, const char* end, char*& out, const char* 
 /// Back to ASCII mode; false without room.
 bool closeHz(bool& gb, char*& out, const char* outEnd);
 
-}  // namespace attalven
+}  // namespace attalven::converter
 
 #endif

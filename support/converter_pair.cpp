@@ -11,7 +11,7 @@
 #include <cerrno>
 #include <cstring>
 
-namespace attalven {
+namespace attalven::converter {
 namespace {
 
 using Byte = unsigned char;
@@ -225,4 +225,4 @@ size_t Pair::convert(char** in, size_t* inLeft, char** out, size_t* outLeft) {
     }
 }
 
-}  // namespace attalven
+}  // namespace attalven::converter

@@ -8,7 +8,7 @@
 
 #include "converter_sets.h"
 
-namespace attalven {
+namespace attalven::converter {
 
 class Pair {
   public:
@@ -42,6 +42,6 @@ class Pair {
     bool wideOpen_, wideTried_;
 };
 
-}  // namespace attalven
+}  // namespace attalven::converter
 
 #endif

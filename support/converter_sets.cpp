@@ -4,7 +4,7 @@
 
 #include "converter_sets.h"
 
-namespace attalven {
+namespace attalven::converter {
 namespace {
 
 constexpr Charset plain(const char* name, const char* wide = nullptr, Screen screen = Screen::none,
@@ -172,4 +172,4 @@ bool isCharsetName(std::string_view name) {
     return true;
 }
 
-}  // namespace attalven
+}  // namespace attalven::converter

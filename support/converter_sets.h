@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <string_view>
 
-namespace attalven {
+namespace attalven::converter {
 
 /// How a set's bytes relate to ASCII.
 enum class Shape : uint8_t {
@@ -33,6 +33,6 @@ const Charset* findCharset(std::string_view name);
 /// 1 to 64 letters, digits and "._:+-": other names carry options or are no names at all.
 bool isCharsetName(std::string_view name);
 
-}  // namespace attalven
+}  // namespace attalven::converter
 
 #endif

@@ -1,0 +1,136 @@
+// Conversion between character sets: families, choices of source and target, results that must
+// fail.
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "tests/kit/site.h"
+
+namespace {
+
+using kit::taken;
+using std::string;
+
+TEST(Charset, Families) {
+    struct {
+        const char *name, *page;
+    } rows[] = {
+        {"eucjp", "SHIFT-JIS"},
+        {"iso-2022-kr", "EUC-KR"},
+        {"Extended_UNIX_Code_Packed_Format_for_Japanese", "SHIFT-JIS"},
+        {"JIS_C6220-1969-ro", "SHIFT-JIS"},
+        {"cn-gb", "GB2312"},
+        {"csISO57GB1988", "GB2312"},
+        {"UnicodeBIG", "BIG5"},
+        {"hz-gb-2312", "HZ"},
+        {"iso-8859-1", "iso-8859-1"},
+        {"EUC-KRX", "EUC-KRX"},
+        {"", ""},
+        {nullptr, ""},
+        {"a-name-of-more-than-thirty-characters", "a-name-of-more-than-thirty-cha"},
+    };
+    for (auto& row : rows) EXPECT_STREQ(getDefaultCharSet(row.name), row.page);
+    char* last = getDefaultCharSet("big-five");
+    EXPECT_STREQ(getDefaultCharSet(last), "BIG5");
+}
+
+TEST(Charset, Languages) {
+    struct {
+        const char *code, *charset;
+    } rows[] = {{"kor", "euc-kr"},      {"jpn", "iso-2022-jp"}, {"chn", "gb2312"},
+                {"eng", "iso-8859-1"},  {"fra", "iso-8859-1"},  {"KOR", "iso-8859-1"},
+                {"kore", "iso-8859-1"}, {nullptr, "iso-8859-1"}};
+    for (auto& row : rows) EXPECT_STREQ(mailGetLangCharSet(row.code), row.charset);
+}
+
+struct Row {
+    const char *label, *charset;
+    string text, expected;
+};
+
+TEST(Charset, ForDisplay) {
+    const Row rows[] = {
+        {"same set", "euc-kr", "\xb0\xa1", "\xb0\xa1"},
+        {"alias", "ISO-2022-JP", "\x1b$B0!\x1b(BA",
+         "\x88\x9f"
+         "A"},
+        {"own decoder", "iso-2022-jp", "\x1b$B-!\x1b(B", "\x87\x40"},
+        {"own Korean decoder", "iso-2022-kr", "\x1b$)C\x0e\x30\x21\x0f\xff", "\xb0\xa1\xff"},
+        {"aliases have no own decoder", "csiso2022jp", "\x1b$B-!\x1b(B", "(null)"},
+        {"Korean Unicode", "utf-8", "가", "\xb0\xa1"},
+        {"half-width katakana", "UTF-8", "ｱ", "\xb1"},
+        {"simplified", "utf-8", "么们", "\xc3\xb4\xc3\xc7"},
+        {"no page set holds it", "utf-8", "\xd8\xa7", "(null)"},
+        {"utf8 is no UTF name here", "utf8", "é", "é"},
+        {"one bad byte", "euc-kr", "\xb0\xa1\xff!", "(null)"},
+        {"incomplete end", "euc-kr", "\xb0\xa1\xb0", "\xb0\xa1"},
+        {"HZ", "hz-gb-2312", "~{VP~}", "~{VP~}"},
+        {"unknown set", "x-unknown", "abc", "(null)"},
+        {"no set", "", "abc", "(null)"},
+        {"empty text", "euc-kr", "", "(null)"},
+        {"options are no name", "utf-8//ignore", "abc", "(null)"},
+        {"a converter that no mail needs", "ISO-2022-CN-EXT", "abc", "(null)"},
+        {"the same by another name", "iso2022cn-ext", "abc", "(null)"},
+    };
+    for (auto& row : rows)
+        EXPECT_EQ(taken(mailDecodeCharSet(row.text.c_str(), row.charset)), row.expected)
+            << row.label;
+    EXPECT_EQ(mailDecodeCharSet(nullptr, "euc-kr"), nullptr);
+    EXPECT_EQ(mailDecodeCharSet("a", nullptr), nullptr);
+}
+
+TEST(Charset, ForSending) {
+    const Row rows[] = {
+        {"UTF from Japanese pages", "jpn-utf-8", "\x88\x9f", "亜"},
+        {"Korean", "KOR-UTF-8", "\xb0\xa1", "가"},
+        {"from GB2312", "cnt-utf-8", "\xd6\xd0", "中"},
+        {"from Big5", "cns-utf-8", "\xa4\xa4", "中"},
+        {"no such prefix", "fra-utf-8", "a", "(null)"},
+        {"a short text in a stateful set", "ISO-2022-KR", "\xb0\xa1", "\x1b$)C\x0e\x30\x21\x0f"},
+        {"ends in ASCII", "ISO-2022-JP", "\x88\x9f", "\x1b$B0!\x1b(B"},
+        {"same set", "euc-kr", "\xb0\xa1", "\xb0\xa1"},
+        {"HZ", "hz", "~{VP~}", "~{VP~}"},
+        {"empty", "euc-kr", "", "(null)"},
+    };
+    for (auto& row : rows)
+        EXPECT_EQ(taken(mailEncodeCharSet(row.text.c_str(), row.charset)), row.expected)
+            << row.label;
+    EXPECT_EQ(mailEncodeCharSet(nullptr, "euc-kr"), nullptr);
+    EXPECT_EQ(mailEncodeCharSet("a", nullptr), nullptr);
+}
+
+// A text whose form grows as much as it can, and one beyond any first guess of the room.
+TEST(Charset, LongTexts) {
+    string sjis, mail, utf;
+    for (int i = 0; i < 20000; i++) sjis += "\xb1", utf += "ｱ";
+    EXPECT_EQ(taken(strConvCharSet("utf-8", "shift-jis", sjis.c_str())), utf);
+    EXPECT_EQ(taken(strConvCharSet("shift-jis", "utf-8", utf.c_str())), sjis);
+    sjis.clear();
+    for (int i = 0; i < 20000; i++)
+        sjis +=
+            "\x88\x9f"
+            "a",
+            mail += "\x1b$B0!\x1b(Ba";
+    EXPECT_EQ(taken(strConvCharSet("iso-2022-jp", "shift-jis", sjis.c_str())), mail);
+    EXPECT_EQ(strConvCharSet("utf-8", "euc-kr", nullptr), nullptr);
+    EXPECT_EQ(strConvCharSet(nullptr, nullptr, "a"), nullptr);
+}
+
+TEST(Charset, GuessesTheSource) {
+    struct {
+        string text;
+        const char* charset;
+    } rows[] = {{"abc", "EUC-KR"},
+                {"\xb0\xa1", "EUC-KR"},
+                {"\xb0\xa1\x8e\xb1", "EUC-JP"},
+                {"\xc9\xcf\xa9\xa4", "GB2312"},
+                {"\xa4\x40", "BIG5"},
+                {"\xff\x80", nullptr},
+                {"", nullptr}};
+    for (auto& row : rows)
+        EXPECT_STREQ(mailGetSrcCharSet(row.text.c_str()), row.charset) << row.text;
+    EXPECT_EQ(mailGetSrcCharSet(nullptr), nullptr);
+}
+
+}  // namespace
