@@ -34,6 +34,7 @@ struct Failure : std::runtime_error {
 };
 
 std::span<const Command> readCommands();
+std::span<const Command> siteCommands();
 
 /// A decimal number of at least `least`, or a UsageError that names `what`.
 int numberOf(const std::string& text, const char* what, int least = 1);

@@ -19,7 +19,7 @@ namespace {
 
 std::vector<Command> allCommands() {
     std::vector<Command> all;
-    for (std::span<const Command> table : {readCommands()})
+    for (std::span<const Command> table : {readCommands(), siteCommands()})
         all.insert(all.end(), table.begin(), table.end());
     return all;
 }
@@ -30,6 +30,8 @@ void printHelp(FILE* out) {
         fprintf(out, "  %s %s\n      %s\n", c.name, c.synopsis, c.purpose);
     fputs(
         "\nFOLDER is an mbox file, N a message number from 1, K a part number from 0.\n"
+        "site, user and prefs work on the site whose folder the environment variable "
+        "ATTALVEN_SITE\nnames, else on the system's own.\n"
         "Texts are printed in UTF-8. Exit code: 0 done, 1 failed, 2 wrong command line.\n",
         out);
 }
