@@ -7,7 +7,7 @@
 #include "../../support/host.h"
 #include "../../support/support.h"
 #include "../base/bounded_text.h"
-#include "../base/sink.h"
+#include "../base/page_sink.h"
 #include "../base/text.h"
 #include "attachment_ref.h"
 #include "draft.h"
@@ -31,17 +31,6 @@ char* plainContent(const char* body) {
     return grown;
 }
 
-/// A value inside a URL in an attribute: what would end the attribute is percent-coded, control
-/// bytes are dropped.
-void appendUrlValue(Text& out, string_view s) {
-    for (char c : s) {
-        if (c == '"' || c == '<' || c == '>')
-            out.appendFormat("%%%02X", static_cast<unsigned>(c));
-        else if (byteOf(c) >= 0x20 && byteOf(c) != 0x7F)
-            out.append(c);
-    }
-}
-
 /// The image whose loading tells that the message was read.
 struct Receipt {
     string_view userId, mailDomain, messageId;
@@ -49,11 +38,11 @@ struct Receipt {
     void append(Text& out) const {
         out.appendFormat("<IMG SRC=\"http://%s:%d/cgi-auth/mailrcpt.cgi?userid=", conf.serverName,
                          conf.httpdPort);
-        appendUrlValue(out, userId);
+        appendUrlSafe(out, userId);
         out.append("&maildomainname=");
-        appendUrlValue(out, mailDomain);
+        appendUrlSafe(out, mailDomain);
         out.append("&msgid=");
-        appendUrlValue(out, messageId);
+        appendUrlSafe(out, messageId);
         out.append("\">\n");
     }
 };
