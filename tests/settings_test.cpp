@@ -1,40 +1,33 @@
 // The settings files: their whole content, their modes, and what a write that
 // fails leaves.
 
-#include <sys/mount.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <csignal>
 #include <filesystem>
 
 #include "kit/site.h"
-#include "mail/base/replace_file.h"
 
 namespace {
 
 namespace fs = std::filesystem;
-using attalven::Replaced;
-using attalven::replaceFile;
 using kit::readFile;
 using kit::writeFile;
 
-int modeOf(const std::string &path) {
-  struct stat st;
-  return stat(path.c_str(), &st) == 0 ? static_cast<int>(st.st_mode & 07777)
-                                      : -1;
+int modeOf(const std::string& path) {
+    struct stat st;
+    return stat(path.c_str(), &st) == 0 ? static_cast<int>(st.st_mode & 07777) : -1;
 }
 
 class Settings : public kit::Site {
-protected:
-  std::string mbox(const char *name) { return dir + "/mbox/" + name; }
-  std::string user(const char *name) { return dir + "/mbox/k/i/kim/" + name; }
-  /// Nothing but the files themselves is left in a directory.
-  static int filesIn(const std::string &path) {
-    return static_cast<int>(std::distance(fs::directory_iterator(path), {}));
-  }
+  protected:
+    std::string mbox(const char* name) { return dir + "/mbox/" + name; }
+    std::string user(const char* name) { return dir + "/mbox/k/i/kim/" + name; }
+    /// Nothing but the files themselves is left in a directory.
+    static int filesIn(const std::string& path) {
+        return static_cast<int>(std::distance(fs::directory_iterator(path), {}));
+    }
 };
 
 constexpr char kDefaultPreference[] =
@@ -49,79 +42,75 @@ constexpr char kDefaultPreference[] =
     "BODY_ENCODING = 3\n";
 
 TEST_F(Settings, UserPreferencesStartFromTheDefaults) {
-  MailPreference pref;
-  memset(&pref, 'x', sizeof pref);
-  mailGetPreference("kim", "example.org", &pref);
-  EXPECT_EQ(readFile(user("preference.ini")), kDefaultPreference);
-  EXPECT_EQ(modeOf(user("preference.ini")), 0600);
-  EXPECT_EQ(modeOf(user("")), 0700);
-  EXPECT_EQ(umask(022), 0177U);
-  EXPECT_EQ(pref.fetchMail * 100 + pref.pageSize, 210);
-  EXPECT_STREQ(pref.charSet, "iso-8859-1");
+    MailPreference pref;
+    memset(&pref, 'x', sizeof pref);
+    mailGetPreference("kim", "example.org", &pref);
+    EXPECT_EQ(readFile(user("preference.ini")), kDefaultPreference);
+    EXPECT_EQ(modeOf(user("preference.ini")), 0600);
+    EXPECT_EQ(modeOf(user("")), 0700);
+    EXPECT_EQ(umask(022), 0177U);
+    EXPECT_EQ(pref.fetchMail * 100 + pref.pageSize, 210);
+    EXPECT_STREQ(pref.charSet, "iso-8859-1");
 
-  // A first save keeps five of the caller's values and resets the other twelve,
-  // in the record too.
-  mailSetPreference("lee", "",
-                    &(pref = MailPreference{7, 7, "n", "c", "r", "f", 7, 7, 7,
-                                            8, 8, 8, 8, 8, "s", 7, 7}));
-  std::string expected = kDefaultPreference;
-  size_t five = expected.find("NEW_"), rest = expected.find("SMTP_");
-  EXPECT_EQ(readFile(dir + "/mbox/l/e/lee/preference.ini"),
-            expected.substr(0, five) +
-                "NEW_MAIL_CHECK_TIME = 8\nATTACH_FILE_DEFAULT_NUM = "
-                "8\nREGISTERED_MAIL_FLAG = 8\n"
-                "EDITOR = 8\nVIEW_TYPE = 8\n" +
-                expected.substr(rest));
-  EXPECT_STREQ(pref.smtpServer, "mail.example.org");
-  EXPECT_EQ(pref.pageSize, 10);
+    // A first save keeps five of the caller's values and resets the other twelve,
+    // in the record too.
+    mailSetPreference(
+        "lee", "",
+        &(pref = MailPreference{7, 7, "n", "c", "r", "f", 7, 7, 7, 8, 8, 8, 8, 8, "s", 7, 7}));
+    std::string expected = kDefaultPreference;
+    size_t five = expected.find("NEW_"), rest = expected.find("SMTP_");
+    EXPECT_EQ(readFile(dir + "/mbox/l/e/lee/preference.ini"),
+              expected.substr(0, five) +
+                  "NEW_MAIL_CHECK_TIME = 8\nATTACH_FILE_DEFAULT_NUM = "
+                  "8\nREGISTERED_MAIL_FLAG = 8\n"
+                  "EDITOR = 8\nVIEW_TYPE = 8\n" +
+                  expected.substr(rest));
+    EXPECT_STREQ(pref.smtpServer, "mail.example.org");
+    EXPECT_EQ(pref.pageSize, 10);
 }
 
 TEST_F(Settings, UserPreferencesReadBackWhatWasWritten) {
-  MailPreference pref;
-  mailGetPreference("kim", "", &pref);
-  chmod(user("preference.ini").c_str(), 0640);
-  snprintf(pref.emailName, sizeof pref.emailName,
-           "Kim\r\nFORWARDING = thief@example.com");
-  pref.pageSize = -5;
-  mailSetPreference("kim", "", &pref);
-  EXPECT_EQ(modeOf(user("preference.ini")), 0640)
-      << "a replaced file keeps its mode";
-  mailGetPreference("kim", "", &pref);
-  EXPECT_STREQ(pref.emailName, "Kim");
-  EXPECT_STREQ(pref.forwarding, "");
-  EXPECT_EQ(pref.pageSize, -5);
+    MailPreference pref;
+    mailGetPreference("kim", "", &pref);
+    chmod(user("preference.ini").c_str(), 0640);
+    snprintf(pref.emailName, sizeof pref.emailName, "Kim\r\nFORWARDING = thief@example.com");
+    pref.pageSize = -5;
+    mailSetPreference("kim", "", &pref);
+    EXPECT_EQ(modeOf(user("preference.ini")), 0640) << "a replaced file keeps its mode";
+    mailGetPreference("kim", "", &pref);
+    EXPECT_STREQ(pref.emailName, "Kim");
+    EXPECT_STREQ(pref.forwarding, "");
+    EXPECT_EQ(pref.pageSize, -5);
 
-  writeFile(user("preference.ini"),
-            "copy_forwarding_flag=1\nPAGE_SIZE = 0\nCHAR_SET = " +
-                std::string(200, 'c') +
-                "\n#EDITOR = 9\nEDITORIAL = 4\nVIEW_TYPE = "
-                "99999999999\nEMAIL_NAME = " +
-                std::string(49, 'a') + "\xb1\xb1\n");
-  mailGetPreference("kim", "", &pref);
-  EXPECT_EQ(pref.copyForwardingFlag, 1);
-  EXPECT_EQ(pref.pageSize, 0);
-  EXPECT_EQ(pref.editor, 4);
-  EXPECT_EQ(pref.viewType, 2147483647);
-  EXPECT_EQ(pref.charSet, std::string(30, 'c'));
-  EXPECT_EQ(pref.emailName, std::string(49, 'a')) << "no half of a character";
-  EXPECT_STREQ(pref.smtpServer, "mail.example.org");
-  EXPECT_EQ(filesIn(user("")), 1);
+    writeFile(user("preference.ini"),
+              "copy_forwarding_flag=1\nPAGE_SIZE = 0\nCHAR_SET = " + std::string(200, 'c') +
+                  "\n#EDITOR = 9\nEDITORIAL = 4\nVIEW_TYPE = "
+                  "99999999999\nEMAIL_NAME = " +
+                  std::string(49, 'a') + "\xb1\xb1\n");
+    mailGetPreference("kim", "", &pref);
+    EXPECT_EQ(pref.copyForwardingFlag, 1);
+    EXPECT_EQ(pref.pageSize, 0);
+    EXPECT_EQ(pref.editor, 4);
+    EXPECT_EQ(pref.viewType, 2147483647);
+    EXPECT_EQ(pref.charSet, std::string(30, 'c'));
+    EXPECT_EQ(pref.emailName, std::string(49, 'a')) << "no half of a character";
+    EXPECT_STREQ(pref.smtpServer, "mail.example.org");
+    EXPECT_EQ(filesIn(user("")), 1);
 }
 
 TEST_F(Settings, AFileThatDoesNotOpenEndsTheProcess) {
-  fs::create_directories(dir + "/mbox/a/</a<");
-  int status = 0;
-  std::string page = kit::outputOf([&] {
-    fs::create_directory(dir + "/mbox/a/</a</preference.ini");
-    pid_t child = fork();
-    MailPreference pref;
-    if (child == 0)
-      mailGetPreference("a<", "", &pref);
-    waitpid(child, &status, 0);
-  });
-  EXPECT_EQ(WEXITSTATUS(status), 255);
-  EXPECT_EQ(page, "Content-Type: text/html\n\n" + dir +
-                      "/mbox/a/&lt;/a&lt;/preference.ini file open error!!!");
+    fs::create_directories(dir + "/mbox/a/</a<");
+    int status = 0;
+    std::string page = kit::outputOf([&] {
+        fs::create_directory(dir + "/mbox/a/</a</preference.ini");
+        pid_t child = fork();
+        MailPreference pref;
+        if (child == 0) mailGetPreference("a<", "", &pref);
+        waitpid(child, &status, 0);
+    });
+    EXPECT_EQ(WEXITSTATUS(status), 255);
+    EXPECT_EQ(page, "Content-Type: text/html\n\n" + dir +
+                        "/mbox/a/&lt;/a&lt;/preference.ini file open error!!!");
 }
 
 constexpr char kDefaultAdmin[] =
@@ -143,180 +132,121 @@ constexpr char kDefaultAdmin[] =
     "ADM_MAIL_FLAG = 0\nADM_MAIL_AND_SIGN_INDIVIDUAL_FLAG = 0\n";
 
 TEST_F(Settings, AdminPreferencesOfAFreshSite) {
-  fs::remove_all(dir + "/mbox");
-  MailAdminPreference rec = {};
-  mailGetAdminPreference(&rec);
-  EXPECT_EQ(readFile(mbox("admin_preference.ini")), kDefaultAdmin);
-  EXPECT_EQ(readFile(mbox("adm_mail_subject.txt")) +
-                readFile(mbox("adm_mail.txt")),
-            "");
-  EXPECT_EQ(modeOf(mbox("adm_mail.txt")), 0600);
-  EXPECT_EQ(modeOf(mbox("")), 0700);
-  EXPECT_EQ(filesIn(mbox("")), 4);
-  EXPECT_STREQ(rec.admMail, "");
-  EXPECT_EQ(readFile(mbox("adm_sign.txt")), rec.admSign);
-  EXPECT_NE(strstr(rec.admSign, "Attalven"), nullptr);
-  EXPECT_EQ(rec.passwdFlag, 1);
-  mailFreeAdminPreference(&rec);
-  EXPECT_EQ(rec.admMail, nullptr);
+    fs::remove_all(dir + "/mbox");
+    MailAdminPreference rec = {};
+    mailGetAdminPreference(&rec);
+    EXPECT_EQ(readFile(mbox("admin_preference.ini")), kDefaultAdmin);
+    EXPECT_EQ(readFile(mbox("adm_mail_subject.txt")) + readFile(mbox("adm_mail.txt")), "");
+    EXPECT_EQ(modeOf(mbox("adm_mail.txt")), 0600);
+    EXPECT_EQ(modeOf(mbox("")), 0700);
+    EXPECT_EQ(filesIn(mbox("")), 4);
+    EXPECT_STREQ(rec.admMail, "");
+    EXPECT_EQ(readFile(mbox("adm_sign.txt")), rec.admSign);
+    EXPECT_NE(strstr(rec.admSign, "Attalven"), nullptr);
+    EXPECT_EQ(rec.passwdFlag, 1);
+    mailFreeAdminPreference(&rec);
+    EXPECT_EQ(rec.admMail, nullptr);
 }
 
 TEST_F(Settings, AdminPreferencesKeepWhatTheFilesDoNotSet) {
-  writeFile(
-      mbox("admin_preference.ini"),
-      "POP3 = 7\nSPOOL_SIZE = 10\nadm_mail_subject = from here\nSHELL = " +
-          std::string(600, 's') +
-          "\nPOP3_FLAG = 2\nADM_MAIL_AND_SIGN_INDIVIDUAL_FLAG = 4\n");
-  MailAdminPreference rec = {};
-  rec.quota = 99;
-  rec.spoolSizeMailWarnFlag = 98;
-  rec.admMailFlag = 97;
-  mailGetAdminPreference(&rec);
-  EXPECT_EQ(rec.pop3 * 10 + rec.pop3Flag, 72);
-  EXPECT_EQ(rec.spoolSize, 10);
-  EXPECT_EQ(rec.spoolSizeMailWarnFlag, 98);
-  EXPECT_EQ(rec.quota, 99);
-  EXPECT_EQ(rec.admMailFlag * 10 + rec.admMailAndSignIndividualFlag, 974);
-  EXPECT_EQ(strlen(rec.shell), 511U);
-  EXPECT_STREQ(rec.admMailSubject, "from here");
-  EXPECT_STREQ(rec.admSign, "");
-  mailFreeAdminPreference(&rec);
+    writeFile(mbox("admin_preference.ini"),
+              "POP3 = 7\nSPOOL_SIZE = 10\nadm_mail_subject = from here\nSHELL = " +
+                  std::string(600, 's') +
+                  "\nPOP3_FLAG = 2\nADM_MAIL_AND_SIGN_INDIVIDUAL_FLAG = 4\n");
+    MailAdminPreference rec = {};
+    rec.quota = 99;
+    rec.spoolSizeMailWarnFlag = 98;
+    rec.admMailFlag = 97;
+    mailGetAdminPreference(&rec);
+    EXPECT_EQ(rec.pop3 * 10 + rec.pop3Flag, 72);
+    EXPECT_EQ(rec.spoolSize, 10);
+    EXPECT_EQ(rec.spoolSizeMailWarnFlag, 98);
+    EXPECT_EQ(rec.quota, 99);
+    EXPECT_EQ(rec.admMailFlag * 10 + rec.admMailAndSignIndividualFlag, 974);
+    EXPECT_EQ(strlen(rec.shell), 511U);
+    EXPECT_STREQ(rec.admMailSubject, "from here");
+    EXPECT_STREQ(rec.admSign, "");
+    mailFreeAdminPreference(&rec);
 
-  std::string mail = "one\n" + std::string(40000, 'm') + "\nthree\n";
-  writeFile(mbox("adm_mail.txt"), mail);
-  writeFile(mbox("adm_mail_subject.txt"), "Notice\nsecond\n");
-  mailGetAdminPreference(&rec);
-  EXPECT_EQ(rec.admMail, mail);
-  EXPECT_STREQ(rec.admMailSubject, "Notice\n");
-  free(rec.admSign);
-  rec.admSign = nullptr;
-  mailSetAdminPreference(&rec);
-  EXPECT_EQ(readFile(mbox("adm_mail_subject.txt")), "Notice\n");
-  EXPECT_EQ(readFile(mbox("adm_mail.txt")), mail);
-  EXPECT_EQ(readFile(mbox("admin_preference.ini")).find("SUBJECT"),
-            std::string::npos);
-  writeFile(mbox("adm_mail_subject.txt"), "");
-  mailFreeAdminPreference(&rec);
-  mailGetAdminPreference(&rec);
-  EXPECT_STREQ(rec.admMailSubject, "");
-  mailFreeAdminPreference(&rec);
+    std::string mail = "one\n" + std::string(40000, 'm') + "\nthree\n";
+    writeFile(mbox("adm_mail.txt"), mail);
+    writeFile(mbox("adm_mail_subject.txt"), "Notice\nsecond\n");
+    mailGetAdminPreference(&rec);
+    EXPECT_EQ(rec.admMail, mail);
+    EXPECT_STREQ(rec.admMailSubject, "Notice\n");
+    free(rec.admSign);
+    rec.admSign = nullptr;
+    mailSetAdminPreference(&rec);
+    EXPECT_EQ(readFile(mbox("adm_mail_subject.txt")), "Notice\n");
+    EXPECT_EQ(readFile(mbox("adm_mail.txt")), mail);
+    EXPECT_EQ(readFile(mbox("admin_preference.ini")).find("SUBJECT"), std::string::npos);
+    writeFile(mbox("adm_mail_subject.txt"), "");
+    mailFreeAdminPreference(&rec);
+    mailGetAdminPreference(&rec);
+    EXPECT_STREQ(rec.admMailSubject, "");
+    mailFreeAdminPreference(&rec);
 }
 
 TEST_F(Settings, VacationStartsWithToday) {
-  time_t now = time(nullptr);
-  struct tm day = *localtime(&now);
-  day.tm_hour = day.tm_min = day.tm_sec = 0;
-  time_t start = mktime(&day);
-  day.tm_hour = 23;
-  day.tm_min = day.tm_sec = 59;
-  time_t end = mktime(&day);
-  MailVacationPref vac = {9, 9, 9, "old", nullptr, 9, 9};
-  mailGetVacationPref("kim", "", &vac);
-  EXPECT_EQ(readFile(user("vacation.ini")),
-            "FLAG = 0\nSTART_TS = " + std::to_string(start) +
-                "\nEND_TS = " + std::to_string(end) +
-                "\nSTYLE = 1\nSIGN_FLAG = 1\nSUBJECT = \n");
-  EXPECT_EQ(readFile(user("vacation.txt")), "");
-  EXPECT_EQ(modeOf(user("vacation.txt")), 0600);
-  EXPECT_STREQ(vac.replyText, "");
-  mailFreeVacationPref(&vac);
+    time_t now = time(nullptr);
+    struct tm day = *localtime(&now);
+    day.tm_hour = day.tm_min = day.tm_sec = 0;
+    time_t start = mktime(&day);
+    day.tm_hour = 23;
+    day.tm_min = day.tm_sec = 59;
+    time_t end = mktime(&day);
+    MailVacationPref vac = {9, 9, 9, "old", nullptr, 9, 9};
+    mailGetVacationPref("kim", "", &vac);
+    EXPECT_EQ(readFile(user("vacation.ini")), "FLAG = 0\nSTART_TS = " + std::to_string(start) +
+                                                  "\nEND_TS = " + std::to_string(end) +
+                                                  "\nSTYLE = 1\nSIGN_FLAG = 1\nSUBJECT = \n");
+    EXPECT_EQ(readFile(user("vacation.txt")), "");
+    EXPECT_EQ(modeOf(user("vacation.txt")), 0600);
+    EXPECT_STREQ(vac.replyText, "");
+    mailFreeVacationPref(&vac);
 
-  vac = {1, -2, 3, "Away\nFLAG = 7", const_cast<char *>("back\nsoon\n"), 4, 5};
-  mailSetVacationPref("kim", "", &vac);
-  EXPECT_EQ(readFile(user("vacation.ini")),
-            "FLAG = 1\nSTART_TS = -2\nEND_TS = 3\nSTYLE = 4\nSIGN_FLAG = "
-            "5\nSUBJECT = Away\n");
-  writeFile(user("vacation.ini"), "START_TS = soon\nsubject=" +
-                                      std::string(400, 's') + "\n flag = 8\n");
-  vac = {6, 6, 6, "", nullptr, 6, 6};
-  mailGetVacationPref("kim", "", &vac);
-  EXPECT_EQ(vac.flag * 100 + vac.startTs * 10 + vac.endTs, 606);
-  EXPECT_EQ(strlen(vac.subject), 300U);
-  EXPECT_STREQ(vac.replyText, "back\nsoon\n");
-  mailFreeVacationPref(&vac);
-  EXPECT_EQ(vac.replyText, nullptr);
+    vac = {1, -2, 3, "Away\nFLAG = 7", const_cast<char*>("back\nsoon\n"), 4, 5};
+    mailSetVacationPref("kim", "", &vac);
+    EXPECT_EQ(readFile(user("vacation.ini")),
+              "FLAG = 1\nSTART_TS = -2\nEND_TS = 3\nSTYLE = 4\nSIGN_FLAG = "
+              "5\nSUBJECT = Away\n");
+    writeFile(user("vacation.ini"),
+              "START_TS = soon\nsubject=" + std::string(400, 's') + "\n flag = 8\n");
+    vac = {6, 6, 6, "", nullptr, 6, 6};
+    mailGetVacationPref("kim", "", &vac);
+    EXPECT_EQ(vac.flag * 100 + vac.startTs * 10 + vac.endTs, 606);
+    EXPECT_EQ(strlen(vac.subject), 300U);
+    EXPECT_STREQ(vac.replyText, "back\nsoon\n");
+    mailFreeVacationPref(&vac);
+    EXPECT_EQ(vac.replyText, nullptr);
 }
 
 TEST_F(Settings, AutoReplyRecordHoldsOnePair) {
-  auto check = [](const char *first, const char *second,
-                  const char *name = "auto") {
-    return mailChkAutoSubmittedInfo(name, "kim", "", first, second);
-  };
-  EXPECT_EQ(check("A@b", "1"), 0) << "no directory";
-  mailInitMBoxPathName("kim");
-  umask(022);
-  EXPECT_EQ(check("A@b", "Key"), 0) << "created";
-  EXPECT_EQ(readFile(user("auto")), "A@b\nKey\n");
-  EXPECT_EQ(modeOf(user("auto")), 0600);
-  EXPECT_EQ(umask(022), 022U);
-  EXPECT_EQ(check("a@B", "Key"), 1);
-  EXPECT_EQ(check("a@b", "key"), 0) << "second key with case";
-  EXPECT_EQ(readFile(user("auto")), "A@b\nKey\n")
-      << "a mismatch changes nothing";
-  admOptions.allowCaseUserIdFlag = 1;
-  EXPECT_EQ(check("a@B", "Key"), 0);
-  mailSaveAutoSubmittedInfo("auto", "kim", "", "x\ny", nullptr);
-  EXPECT_EQ(readFile(user("auto")), "x\n\n");
-  EXPECT_EQ(check("x", ""), 1);
-  for (std::string name : {std::string(""), std::string("../auto"),
-                           std::string(".."), std::string(256, 'n')}) {
-    EXPECT_EQ(check("x", "", name.c_str()), 0) << name;
-    mailSaveAutoSubmittedInfo(name.c_str(), "kim", "", "x", "");
-  }
-  EXPECT_EQ(filesIn(user("")), 1);
-  EXPECT_FALSE(fs::exists(dir + "/mbox/k/i/auto"));
+    auto check = [](const char* first, const char* second, const char* name = "auto") {
+        return mailChkAutoSubmittedInfo(name, "kim", "", first, second);
+    };
+    EXPECT_EQ(check("A@b", "1"), 0) << "no directory";
+    mailInitMBoxPathName("kim");
+    umask(022);
+    EXPECT_EQ(check("A@b", "Key"), 0) << "created";
+    EXPECT_EQ(readFile(user("auto")), "A@b\nKey\n");
+    EXPECT_EQ(modeOf(user("auto")), 0600);
+    EXPECT_EQ(umask(022), 022U);
+    EXPECT_EQ(check("a@B", "Key"), 1);
+    EXPECT_EQ(check("a@b", "key"), 0) << "second key with case";
+    EXPECT_EQ(readFile(user("auto")), "A@b\nKey\n") << "a mismatch changes nothing";
+    admOptions.allowCaseUserIdFlag = 1;
+    EXPECT_EQ(check("a@B", "Key"), 0);
+    mailSaveAutoSubmittedInfo("auto", "kim", "", "x\ny", nullptr);
+    EXPECT_EQ(readFile(user("auto")), "x\n\n");
+    EXPECT_EQ(check("x", ""), 1);
+    for (std::string name :
+         {std::string(""), std::string("../auto"), std::string(".."), std::string(256, 'n')}) {
+        EXPECT_EQ(check("x", "", name.c_str()), 0) << name;
+        mailSaveAutoSubmittedInfo(name.c_str(), "kim", "", "x", "");
+    }
+    EXPECT_EQ(filesIn(user("")), 1);
+    EXPECT_FALSE(fs::exists(dir + "/mbox/k/i/auto"));
 }
 
-using ReplaceFile = Settings;
-
-TEST_F(ReplaceFile, KeepsTheOldFileWhenTheDiskOrTheLimitIsFull) {
-  std::string path = dir + "/settings", big(64 * 1024, 'x');
-  writeFile(path, "old");
-  struct rlimit before, small = {8192, RLIM_INFINITY};
-  getrlimit(RLIMIT_FSIZE, &before);
-  small.rlim_max = before.rlim_max;
-  setrlimit(RLIMIT_FSIZE, &small);
-  EXPECT_EQ(replaceFile(path.c_str(), big), Replaced::kNotWritten);
-  fs::create_hard_link(
-      path, dir + "/second"); // only the file itself may be overwritten now
-  EXPECT_EQ(replaceFile(path.c_str(), big), Replaced::kNotWritten);
-  setrlimit(RLIMIT_FSIZE, &before);
-  ASSERT_EQ(readFile(path).substr(0, 10), "old");
-  EXPECT_EQ(replaceFile(path.c_str(), big), Replaced::kDone);
-  EXPECT_EQ(readFile(dir + "/second"), big);
-  EXPECT_EQ(filesIn(dir), 6);
-
-  std::string disk = dir + "/disk";
-  fs::create_directory(disk);
-  if (mount("none", disk.c_str(), "tmpfs", 0, "size=64k") != 0)
-    GTEST_SKIP() << "mounting a small disk needs more rights";
-  writeFile(disk + "/settings", "old");
-  EXPECT_EQ(replaceFile((disk + "/settings").c_str(), big),
-            Replaced::kNotWritten);
-  EXPECT_EQ(readFile(disk + "/settings"), "old");
-  EXPECT_EQ(filesIn(disk), 1);
-  umount(disk.c_str());
-}
-
-TEST_F(ReplaceFile, GoesThroughLinksAndRefusesWhatIsNoFile) {
-  std::string path = dir + "/settings", link = dir + "/link",
-              loose = dir + "/loose";
-  writeFile(path, "old");
-  chmod(path.c_str(), 0604);
-  fs::create_symlink("settings", link);
-  fs::create_symlink("later", loose);
-  EXPECT_EQ(replaceFile(link.c_str(), "new"), Replaced::kDone);
-  EXPECT_TRUE(fs::is_symlink(link));
-  EXPECT_EQ(readFile(path), "new");
-  EXPECT_EQ(modeOf(path), 0604);
-  EXPECT_EQ(replaceFile(loose.c_str(), "later"), Replaced::kDone);
-  EXPECT_EQ(readFile(dir + "/later"), "later");
-  EXPECT_EQ(replaceFile(path.c_str(), ""), Replaced::kDone);
-  EXPECT_EQ(readFile(path), "");
-  ASSERT_EQ(mkfifo((dir + "/fifo").c_str(), 0600), 0);
-  for (const char *name : {"/fifo", "/spool", "/gone/settings"})
-    EXPECT_EQ(replaceFile((dir + name).c_str(), "x"), Replaced::kNotOpened)
-        << name;
-}
-
-} // namespace
+}  // namespace
