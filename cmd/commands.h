@@ -34,6 +34,8 @@ struct Failure : std::runtime_error {
 };
 
 std::span<const Command> readCommands();
+std::span<const Command> folderCommands();
+std::span<const Command> deliverCommands();
 std::span<const Command> siteCommands();
 
 /// A decimal number of at least `least`, or a UsageError that names `what`.

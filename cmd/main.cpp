@@ -19,7 +19,8 @@ namespace {
 
 std::vector<Command> allCommands() {
     std::vector<Command> all;
-    for (std::span<const Command> table : {readCommands(), siteCommands()})
+    for (std::span<const Command> table :
+         {readCommands(), folderCommands(), deliverCommands(), siteCommands()})
         all.insert(all.end(), table.begin(), table.end());
     return all;
 }

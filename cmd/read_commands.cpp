@@ -173,6 +173,35 @@ int extractCommand(const Args& args) {
     return kDone;
 }
 
+/// One field of a dump: bytes outside printable ASCII, and "%", as %XX.
+void printField(const char* text) {
+    putchar('\t');
+    for (const char* p = text ? text : ""; *p; p++) {
+        unsigned char c = static_cast<unsigned char>(*p);
+        printf(c > 0x20 && c < 0x7F && c != '%' ? "%c" : "%%%02X", c);
+    }
+}
+
+int dumpFolder(const Args& args) {
+    if (args.size() != 1) throw UsageError("one folder, please");
+    ReadFolder folder(args[0]);
+    for (int n = 1; n <= folder.count(); n++) {
+        const FldrMsg& e = folder.entry(n);
+        Message m = folder.message(n);
+        BodyIndex index(mailGetBody(m->body));
+        int leaves = 0;
+        while (index && index.get()[leaves]) leaves++;
+        printf("%d\t%d\t%d\t%d\t%x\t%d\t%lld\t%d", e.num, e.offset, e.hdrSize, e.size, e.status,
+               e.priority, static_cast<long long>(e.date), leaves);
+        const char* name = m->from ? m->from->name : nullptr;
+        for (const char* field :
+             std::initializer_list<const char*>{e.msgId, e.from, name, e.subject})
+            printField(field);
+        putchar('\n');
+    }
+    return kDone;
+}
+
 constexpr Command kCommands[] = {
     {"list", "FOLDER", "one line a message: number, flags, date, sender, subject, size",
      listFolder},
@@ -180,6 +209,11 @@ constexpr Command kCommands[] = {
      showCommand},
     {"extract", "FOLDER N K FILE", "writes part K, decoded, to the new file FILE", extractCommand},
     {"count", "FOLDER", "how many messages, how many new, how many bytes", countFolder},
+    {"dump", "FOLDER",
+     "for scripts: number, offset, header size, size, flags, priority, date, parts, Message-ID, "
+     "address, name, subject, "
+     "separated by tabs, other bytes than printable ASCII as %XX",
+     dumpFolder},
 };
 
 }  // namespace
