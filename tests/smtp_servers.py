@@ -1,0 +1,173 @@
+#!/usr/bin/env python3
+"""smtp_servers.py ATTALVEN EXIM WORK: delivers through real SMTP servers on loopback and reads the mail back with
+`attalven`. Exim takes the plain dialogue and delivers into an mbox file; aiosmtpd, strict, is reached through the
+adapter. WORK is a new folder for everything that the servers write. Needs root for Exim's private user table."""
+import os, random, re, shutil, signal, socket, subprocess, sys, time
+
+PROGRAM, EXIM, WORK = (os.path.abspath(a) for a in sys.argv[1:4])
+EXIM_CONF = """exim_path = {exim}
+exim_user = mail
+exim_group = mail
+primary_hostname = mail.example.org
+qualify_domain = example.org
+spool_directory = {work}/queue
+log_file_path = {work}/log/%s
+pid_file_path = {work}/exim.pid
+daemon_smtp_ports = {port}
+local_interfaces = 127.0.0.1
+disable_ipv6 = true
+ignore_fromline_hosts = 127.0.0.1
+keep_environment =
+message_size_limit = 60M
+acl_smtp_rcpt = recipients
+begin acl
+recipients:
+  deny local_parts = nobody
+  accept
+begin routers
+users:
+  driver = accept
+  domains = example.org
+  local_parts = kim : lee
+  transport = spool
+begin transports
+spool:
+  driver = appendfile
+  file = {work}/spool/$local_part_data
+  user = mail
+  group = mail
+"""
+failures = 0
+
+
+def expect(what, got, want):
+    global failures
+    if got != want:
+        failures += 1
+        print(f"FAIL {what}: {got!r:.300}, expected {want!r:.300}")
+
+
+def free_port():
+    with socket.create_server(("127.0.0.1", 0)) as s:
+        return s.getsockname()[1]
+
+
+def await_port(port, process):
+    for _ in range(200):
+        if process and process.poll() is not None:
+            return False
+        try:
+            socket.create_connection(("127.0.0.1", port), 1).close()
+            return True
+        except OSError:
+            time.sleep(0.05)
+    return False
+
+
+def messages():
+    noise = random.Random(4)
+    letters = "abcdefghijklmnopqrstuvwxyz .\n"
+    big = "".join(noise.choice(letters) for _ in range(1 << 16))
+    head = "From me Mon Jan  5 10:00:00 2004\nFrom: me@example.org\nTo: kim@example.org\nSubject: {}\n\n"
+    yield "small", head.format("small") + ".\n..dots\n.hidden\nlast line\n"
+    yield "large", head.format("large") + "".join(line[:900] + "\n" for line in (big * 400).split("\n"))
+
+
+def deliver(port, text, *options):
+    p = subprocess.run([PROGRAM, "deliver", "--server", f"127.0.0.1:{port}", *options, "me@example.org",
+                        "kim@example.org,nobody@example.org,lee@example.org"], input=text.encode(), capture_output=True)
+    return p.stdout.decode(), p.returncode
+
+
+RESULTS = ("kim@example.org 250\nnobody@example.org 550\nlee@example.org 250\n", 1)
+
+
+def body(text):
+    return text.split("\n\n", 1)[1]
+
+
+def through_exim():
+    for sub in ("queue", "log", "spool"):
+        os.makedirs(f"{WORK}/{sub}")
+        shutil.chown(f"{WORK}/{sub}", "mail", "mail")
+    os.chmod(WORK, 0o755)
+    port = free_port()
+    with open(f"{WORK}/exim.conf", "w") as f:
+        f.write(EXIM_CONF.format(exim=EXIM, work=WORK, port=port))
+    # Exim insists on a user of its own: it gets one in a mount namespace, where nothing else sees it.
+    for table, row in (("passwd", "Debian-exim:x:8:8::/nonexistent:/usr/sbin/nologin"), ("group", "Debian-exim:x:8:")):
+        with open(f"/etc/{table}") as f, open(f"{WORK}/{table}", "w") as out:
+            out.write(f.read() + row + "\n")
+    script = (f"mount --bind {WORK}/passwd /etc/passwd && mount --bind {WORK}/group /etc/group && "
+              f"exec {EXIM} -C {WORK}/exim.conf -bdf")
+    exim = subprocess.Popen(["unshare", "-m", "sh", "-c", script], stdout=subprocess.DEVNULL, stderr=subprocess.PIPE)
+    try:
+        if not await_port(port, exim):
+            exim.terminate()
+            raise RuntimeError("Exim did not start: " + exim.stderr.read().decode())
+        texts = dict(messages())
+        for name, text in texts.items():
+            expect(f"Exim, {name}: results", deliver(port, text), RESULTS)
+        for user in ("kim", "lee"):
+            folder = f"{WORK}/spool/{user}"
+            for _ in range(400):
+                if os.path.exists(folder) and open(folder, "rb").read().count(b"\nSubject: ") == len(texts):
+                    break
+                time.sleep(0.05)
+            time.sleep(0.2)
+            shown = {}
+            for n in range(1, len(texts) + 1):
+                p = subprocess.run([PROGRAM, "show", folder, str(n), "--raw"], capture_output=True)
+                raw = p.stdout.decode("latin-1")
+                shown[(re.findall("^Subject: (.*)$", raw, re.M) or [n])[0]] = body(raw) if "\n\n" in raw else ""
+            for name, text in texts.items():
+                # The mbox transport ends each message with an empty line and escapes From lines.
+                expect(f"Exim, {name} to {user}: body", shown.get(name, "").rstrip("\n"), body(text).rstrip("\n"))
+    finally:
+        exim.send_signal(signal.SIGTERM)
+        exim.wait(10)
+
+
+AIOSMTPD = """
+import asyncio, sys
+from aiosmtpd.controller import Controller
+class Handler:
+    async def handle_RCPT(self, server, session, envelope, address, options):
+        if address.startswith("nobody"): return "550 no such user"
+        envelope.rcpt_tos.append(address)
+        return "250 ok"
+    async def handle_DATA(self, server, session, envelope):
+        open(sys.argv[2], "wb").write(envelope.content)
+        return "250 taken"
+c = Controller(Handler(), hostname="127.0.0.1", port=int(sys.argv[1]), data_size_limit=60000000)
+c.start()
+sys.stdin.read()
+"""
+
+
+def through_aiosmtpd():
+    port = free_port()
+    taken = f"{WORK}/taken"
+    server = subprocess.Popen(["/usr/bin/python3", "-c", AIOSMTPD, str(port), taken], stdin=subprocess.PIPE)
+    try:
+        if not await_port(port, server):
+            raise RuntimeError("aiosmtpd did not start")
+        for name, text in messages():
+            expect(f"aiosmtpd, {name}: results", deliver(port, text, "--helo", "client.example.org"), RESULTS)
+            with open(taken, "rb") as f:
+                content = f.read()
+            expect(f"aiosmtpd, {name}: content", content, text.split("\n", 1)[1].replace("\n", "\r\n").encode())
+    finally:
+        server.stdin.close()
+        server.wait(10)
+
+
+shutil.rmtree(WORK, ignore_errors=True)
+os.makedirs(WORK)
+through_aiosmtpd()
+if os.geteuid() == 0 and os.path.exists(EXIM):
+    through_exim()
+else:
+    print("SKIPPED: Exim (needs root and the unpacked package)")
+print(f"{failures} failures")
+sys.exit(failures > 0)
