@@ -17,14 +17,15 @@ namespace {
 
 constexpr int kLinksMax = 20'000;
 
-constexpr ByteSet kMatters("<:@~");
+// Behind a "<" anything else makes it text.
+constexpr ByteSet kOpens = ByteSet("/!?._+-").withAlnum();
 
 class Linker {
   public:
     explicit Linker(string_view s) : s_(s) { out_.room(s.size()); }
 
     char* run() {
-        while ((at_ = kMatters.find(s_, at_)) < s_.size()) {
+        while ((at_ = findBytes<'<', ':', '@', '~'>(s_, at_)) < s_.size()) {
             switch (s_[at_]) {
                 case '<':
                     markup();
@@ -74,6 +75,10 @@ class Linker {
 
     void markup() {
         string_view here = tail(s_, at_);
+        if (here.size() < 2 || !kOpens.has(here[1])) {
+            at_++;
+            return;
+        }
         if (Address found = bracketedAddress(here)) {
             found.begin += at_;
             found.end += at_;

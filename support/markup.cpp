@@ -15,7 +15,7 @@ namespace {
 enum State : unsigned char { kName, kBefore, kAttr, kAfter, kValue, kDouble, kSingle, kBare, kEnd };
 enum Class : unsigned char { cSpace, cSlash, cEquals, cDouble, cSingle, cClose, cOther };
 
-constexpr Class classOf(char c) {
+constexpr Class classOfByte(char c) {
     switch (c) {
         case ' ':
         case '\t':
@@ -36,6 +36,16 @@ constexpr Class classOf(char c) {
         default:
             return cOther;
     }
+}
+
+constexpr std::array<Class, 256> kClasses = [] {
+    std::array<Class, 256> table{};
+    for (unsigned c = 0; c < 256; c++) table[c] = classOfByte(static_cast<char>(c));
+    return table;
+}();
+
+constexpr Class classOf(char c) {
+    return kClasses[byteOf(c)];
 }
 
 constexpr State kNext[][7] = {
@@ -85,8 +95,6 @@ bool startsTagName(string_view s, string_view name) {
     return s.empty() || classOf(s.front()) == cSpace || s.front() == '/' || s.front() == '>';
 }
 
-constexpr ByteSet kScriptMarks("<-");
-
 constexpr string_view kRawText[] = {"script", "style",   "textarea", "title",    "xmp",
                                     "iframe", "noembed", "noframes", "plaintext"};
 
@@ -121,7 +129,7 @@ size_t rawTextLength(string_view s, string_view name) {
     if (equalNoCase(name, "plaintext")) return s.size();
     // A script that opens a comment and another script in it takes that one's end tag for its own.
     bool script = equalNoCase(name, "script"), commented = false, nested = false;
-    for (size_t at = 0; (at = kScriptMarks.find(s, at)) < s.size(); at++) {
+    for (size_t at = 0; (at = findBytes<'<', '-'>(s, at)) < s.size(); at++) {
         string_view here = tail(s, at);
         if (here.starts_with("</") && startsTagName(tail(here, 2), name)) {
             if (!nested) return at;

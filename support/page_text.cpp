@@ -6,7 +6,6 @@
 
 #include <iconv.h>
 
-#include <array>
 #include <cstring>
 
 #include "byte_set.h"
@@ -83,14 +82,20 @@ class HzWriter {
     bool open_ = false;
 };
 
-// What the HTML scanner stops at: 1 always, 2 a blank, which matters only beside another.
-constexpr std::array<unsigned char, 256> kStops = [] {
-    std::array<unsigned char, 256> table{};
-    for (int c = 0; c < 0x20; c++) table[static_cast<size_t>(c)] = 1;
-    for (char c : string_view("&<>\"~\x7F")) table[byteOf(c)] = 1;
-    table[' '] = 2;
-    return table;
+constexpr ByteSet kHtmlStops = [] {
+    constexpr char kControls[] =
+        "\x01\x02\x03\x04\x05\x06\x07\x08\x09\x0A\x0B\x0C\x0D\x0E\x0F\x10"
+        "\x11\x12\x13\x14\x15\x16\x17\x18\x19\x1A\x1B\x1C\x1D\x1E\x1F\x7F&<>\"~";
+    return ByteSet(kControls);
 }();
+
+/// The bytes among the sixteen at `p` that an HTML page does not take as they stand: those of
+/// kHtmlStops, and a blank behind a blank.
+BlockMask htmlStops(const char* p) {
+    ByteBlock c = loadBlock(p);
+    return (c < 0x20) | (c == '&') | (c == '<') | (c == '>') | (c == '"') | (c == '~') |
+           (c == 0x7F) | ((c == ' ') & (loadBlock(p - 1) == ' '));
+}
 
 class HtmlWriter {
   public:
@@ -113,15 +118,12 @@ class HtmlWriter {
         return at_ == 0 || string_view(" \t\n").find(s_[at_ - 1]) != string_view::npos;
     }
 
+    /// End of the run at at_ that goes to the page as it stands.
     size_t plainEnd() const {
-        size_t at = at_;
-        for (; at < s_.size(); at++) {
-            unsigned char stop = kStops[byteOf(s_[at])];
-            if (stop == 0) continue;
-            bool single = at > at_ && s_[at - 1] != ' ';
-            if (stop == 1 || !single) break;
-        }
-        return at;
+        if (s_[at_] == ' ' || kHtmlStops.has(s_[at_])) return at_;
+        return findByBlocks(s_, at_ + 1, htmlStops, [this](size_t i) {
+            return kHtmlStops.has(s_[i]) || (s_[i] == ' ' && s_[i - 1] == ' ');
+        });
     }
 
     void put(string_view s, size_t taken) {
@@ -178,8 +180,6 @@ class HtmlWriter {
     HzWriter hz_{out_, "&<>\""};
     size_t at_ = 0;
 };
-
-constexpr ByteSet kStripped("<~");
 
 /// What becomes of byte `c` on a WML page whose caller names `chars`.
 string_view wmlOf(const char& c, string_view chars) {
@@ -261,7 +261,7 @@ char* strStripHTMLTag(const char* text) {
         out.append(head(tail(s, done), at - done));
         if (!out.empty() && out.view().back() == '<') out.append(' ');
     };
-    for (size_t at = 0; (at = kStripped.find(s, at)) < s.size();) {
+    for (size_t at = 0; (at = findBytes<'<', '~'>(s, at)) < s.size();) {
         string_view here = tail(s, at);
         if (s[at] == '~') {
             at += std::max<size_t>(hzSectionLength(s, at), 1);

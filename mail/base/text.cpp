@@ -35,7 +35,7 @@ bool Text::grow(size_t extra) {
     return true;
 }
 
-void Text::append(string_view s) {
+void Text::appendGrowing(string_view s) {
     if (s.empty() || !grow(s.size())) return;
     memcpy(data_ + size_, s.data(), s.size());
     size_ += s.size();

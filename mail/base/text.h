@@ -5,6 +5,8 @@
 // nothing, view() is empty and take() gives NULL, so that a loop of appends needs one check at its
 // end.
 
+#include <cstring>
+
 #include "ascii.h"
 #include "owned.h"
 
@@ -22,14 +24,12 @@ class Text {
     Text& operator=(const Text&) = delete;
     ~Text() { free(data_); }
 
-    void append(string_view s);
-    void append(char c) {
-        if (size_ + 1 < capacity_) {
-            data_[size_++] = c;
-        } else {
-            append(string_view(&c, 1));
-        }
+    void append(string_view s) {
+        if (s.size() >= capacity_ - size_) return appendGrowing(s);
+        if (!s.empty()) memcpy(data_ + size_, s.data(), s.size());
+        size_ += s.size();
     }
+    void append(char c) { append(string_view(&c, 1)); }
     /// printf-style; `format` is always a literal.
     void appendFormat(const char* format, ...) __attribute__((format(printf, 2, 3)));
 
@@ -54,6 +54,7 @@ class Text {
 
   private:
     bool grow(size_t extra);
+    void appendGrowing(string_view s);
 
     char* data_ = nullptr;
     size_t size_ = 0, capacity_ = 0;
