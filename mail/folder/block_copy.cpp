@@ -1,0 +1,72 @@
+// Positioned reads and writes, complete or failed: over short results and interruptions.
+
+#include "block_copy.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+
+namespace attalven {
+
+namespace {
+
+bool writeAt(int fd, int64_t offset, string_view bytes) {
+    while (!bytes.empty()) {
+        ssize_t n = pwrite(fd, bytes.data(), bytes.size(), offset);
+        if (n < 0 && errno == EINTR) continue;
+        if (n <= 0) return false;
+        bytes = tail(bytes, static_cast<size_t>(n));
+        offset += n;
+    }
+    return true;
+}
+
+/// Gives the range block by block, with the block's distance from the range's start, to `take`
+/// until it gives false.
+template <typename Take>
+bool eachBlock(Range range, char* block, Take take) {
+    for (int64_t done = 0; done < range.size;) {
+        size_t n =
+            static_cast<size_t>(std::min(range.size - done, static_cast<int64_t>(Blocks::kSize)));
+        if (!readAt(range.fd, range.offset + done, block, n) || !take(done, string_view(block, n)))
+            return false;
+        done += static_cast<int64_t>(n);
+    }
+    return true;
+}
+
+}  // namespace
+
+bool readAt(int fd, int64_t offset, char* to, size_t size) {
+    while (size > 0) {
+        ssize_t n = pread(fd, to, size, offset);
+        if (n < 0 && errno == EINTR) continue;
+        if (n <= 0) return false;
+        to += n;
+        offset += n;
+        size -= static_cast<size_t>(n);
+    }
+    return true;
+}
+
+bool copyRange(Range from, int to, int64_t toOffset, Blocks& blocks) {
+    return eachBlock(from, blocks.first.get(), [&](int64_t done, string_view block) {
+        return writeAt(to, toOffset + done, block);
+    });
+}
+
+bool digestRange(Range range, Blocks& blocks, Digest& digest) {
+    return eachBlock(range, blocks.first.get(), [&](int64_t, string_view block) {
+        digest.add(block);
+        return true;
+    });
+}
+
+bool isSameRange(Range range, int other, int64_t otherOffset, Blocks& blocks) {
+    return eachBlock(range, blocks.first.get(), [&](int64_t done, string_view block) {
+        return readAt(other, otherOffset + done, blocks.second.get(), block.size()) &&
+               memcmp(block.data(), blocks.second.get(), block.size()) == 0;
+    });
+}
+
+}  // namespace attalven

@@ -1,0 +1,288 @@
+// The index of a folder: the From_ check, message boundaries, entries, accessors, the marker.
+
+#include <fcntl.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+
+#include <climits>
+
+#include "kit/site.h"
+#include "mail/folder/from_line.h"
+
+namespace {
+
+using std::string;
+
+const string kFrom = "From a@b Mon Jan  5 00:00:00 2004\n";
+
+/// "offset+headerSize/size" of each message, as a loop of fldrGetMsgSizeInfo sees them.
+string spans(const string& content) {
+    kit::File f = kit::fileOf(content);
+    string dump;
+    int offset, header, size;
+    for (int n = 0; n < 20 && fldrGetMsgSizeInfo(&offset, &header, &size, f.get()); n++)
+        dump += std::to_string(offset) + "+" + std::to_string(header) + "/" + std::to_string(size) +
+                " ";
+    Fldr* folder = fldrProcessing(f.get());
+    string index;
+    for (int n = 1; n <= fldrMsgMax(folder); n++)
+        index += std::to_string(fldrMsgEntryPos(n, folder)) + "+" +
+                 std::to_string(fldrMsgHdrSize(n, folder)) + "/" +
+                 std::to_string(fldrMsgSize(n, folder)) + " ";
+    fldrFree(folder);
+    return index == dump ? dump : dump + "but the index has " + index;
+}
+
+TEST(FromLine, ChecksWeekdayMonthAndDay) {
+    const struct {
+        const char* line;
+        int expected;
+    } rows[] = {
+        {"From a@b Mon Jan 5 00:00:00 2004\n", 1},
+        {"From a@b MON jan 31x\n", 1},
+        {"From a@b Mon Jan 31\n", 1},
+        {"From a@b  Mon Foo 99\n", 1},  // an empty word ends the words
+        {"From a@b Mon Jan  5 2004\n", 1},
+        {"From a@b\n", 1},
+        {"From Corvane anything at all\n", 1},
+        {"From corvane anything\n", 0},
+        {"From Corvane\n", 1},
+        {"From a@b Mon\n", 0},  // the line end belongs to the last word
+        {"From a@b Mon", 1},
+        {"From a@b Mon Foo 5\n", 0},
+        {"From a@b Mond Jan 5\n", 0},
+        {"From a@b Mon Jan 32\n", 0},
+        {"From a@b Mon Jan 0\n", 0},
+        {"From a@b Mon Jan x\n", 0},
+        {"from a@b Mon Jan 5\n", 0},
+        {"From\n", 0},
+        {"From", 1},
+        {"From: a@b\n", 0},
+        {"", 0},
+        {nullptr, 0},
+    };
+    for (const auto& r : rows)
+        EXPECT_EQ(mailChkRFC822From(r.line), r.expected) << (r.line ? r.line : "NULL");
+}
+
+TEST(FromLine, BothSearchesFindTheSame) {
+    string text = "\nFrom \nFrom \nFro\nFFrom\nFrom";
+    for (int i = 0; i < 7; i++) text += text.substr(static_cast<size_t>(i));
+    for (size_t from = 0; from < 200; from++)
+        for (size_t to = from; to < 300; to++) {
+            std::string_view s = std::string_view(text).substr(from, to - from);
+            ASSERT_EQ(attalven::findFromStart(s), attalven::findFromStartPortable(s));
+            ASSERT_EQ(attalven::findFromStartPortable(s), s.find("\nFrom "));
+        }
+}
+
+TEST(FolderScan, FindsMessagesAtPhysicalLines) {
+    const string filler(29999, 'x'), lines(300000, '\n');
+    const size_t n = kFrom.size();
+    auto at = [](size_t offset, size_t header, size_t size) {
+        return std::to_string(offset) + "+" + std::to_string(header) + "/" + std::to_string(size) +
+               " ";
+    };
+    const struct {
+        const char* label;
+        string content, expected;
+    } rows[] = {
+        {"empty", "", ""},
+        {"no From_ line", "Subject: x\n\ntext\n", ""},
+        {"one message", kFrom + "S: x\n\ntext\n", at(0, n + 5, n + 11)},
+        {"bytes before", "junk\n\n" + kFrom + "\n", at(6, n, n + 1)},
+        {"CR LF", kFrom + "S: x\r\n\r\ntext\r\n", at(0, n + 6, n + 14)},
+        {"two", kFrom + "\nbody\n" + kFrom + "\n", at(0, n, n + 6) + at(n + 6, n, n + 1)},
+        {"content From line", kFrom + "\nFrom a@b Foo\n", at(0, n, n + 14)},
+        {"no empty line", kFrom + "S: x\n" + kFrom + "T: y\n",
+         at(0, n + 5, n + 5) + at(n + 5, n + 5, n + 5)},
+        {"blank line is no empty line", kFrom + "S: x\n \ny\n\n", at(0, n + 9, n + 10)},
+        {"lone CR", kFrom + "S: x\r", at(0, n + 5, n + 5)},
+        {"From_ line as the last line", kFrom + "\n" + kFrom, at(0, n, n + 1) + at(n + 1, n, n)},
+        {"From_ without line end", "From a@b", at(0, 8, 8)},
+        {"From_ in the middle of a long line", kFrom + "\n" + filler + kFrom + "y\n",
+         at(0, n, n + 1 + filler.size() + n + 2)},
+        {"empty line after a full piece", kFrom + filler.substr(1) + "\nS: x\n\n",
+         at(0, n + filler.size() + 5, n + filler.size() + 6)},
+        {"NUL bytes", kFrom + string("S: \0x\n\n\0\n", 9) + kFrom,
+         at(0, n + 6, n + 9) + at(n + 9, n, n)},
+        {"over several blocks", kFrom + lines + kFrom + filler + filler + "\n\n" + lines + kFrom,
+         at(0, n, n + lines.size()) +
+             at(n + lines.size(), n + 2 * filler.size() + 1,
+                n + 2 * filler.size() + 2 + lines.size()) +
+             at(2 * n + 2 * filler.size() + 2 + 2 * lines.size(), n, n)},
+    };
+    for (const auto& r : rows) EXPECT_EQ(spans(r.content), r.expected) << r.label;
+}
+
+TEST(FolderScan, LeavesTheStreamAtTheNextMessage) {
+    kit::File f = kit::fileOf(kFrom + "\nx\n" + kFrom + "\ny\nlast\n");
+    int offset, header, size;
+    ASSERT_EQ(fldrGetMsgSizeInfo(&offset, &header, &size, f.get()), 1);
+    EXPECT_EQ(ftell(f.get()), offset + size);
+    ASSERT_EQ(fldrGetMsgSizeInfo(&offset, &header, &size, f.get()), 1);
+    EXPECT_EQ(ftell(f.get()), offset + size - 5) << "the start of the last line";
+    EXPECT_EQ(fldrGetMsgSizeInfo(&offset, &header, &size, f.get()), 0);
+    EXPECT_EQ(fldrGetMsgSizeInfo(nullptr, &header, &size, f.get()), 0);
+    EXPECT_EQ(fldrGetMsgSizeInfo(&offset, &header, &size, nullptr), 0);
+}
+
+class Folder : public kit::Site {
+  protected:
+    string path = dir + "/spool/kim", marker = path + ".tmp";
+    Fldr* open(const string& content) {
+        kit::writeFile(path, content);
+        return fldrOpen(path.c_str());
+    }
+    void age(const string& file, int seconds) {
+        timespec times[2] = {{time(nullptr) - seconds, 0}, {time(nullptr) - seconds, 0}};
+        ASSERT_EQ(utimensat(AT_FDCWD, file.c_str(), times, 0), 0);
+    }
+    bool exists(const string& file) {
+        struct stat st;
+        return lstat(file.c_str(), &st) == 0;
+    }
+};
+
+TEST_F(Folder, KeepsTheValuesOfAMessageList) {
+    string longText(6000, 's');
+    Fldr* f = open(kFrom +
+                   "From: Kim <kim@x.example>, b@c\nSubject: one\nX-Priority: 1 (high)\n"
+                   "Message-ID: <1/2@x>\nDate: Mon, 5 Jan 2004 00:00:10 +0000\nStatus: RO\n\n" +
+                   kFrom + "Subject: " + longText + "\nFrom: " + string(200, 'f') +
+                   "@h\nMessage-ID: <" + string(200, 'm') + ">\n\n");
+    ASSERT_TRUE(f);
+    ASSERT_EQ(fldrMsgMax(f), 2);
+    EXPECT_EQ(f->path, path);
+    const FldrMsg &a = *f->msgs[0], &b = *f->msgs[1];
+    EXPECT_EQ(a.num, 1);
+    EXPECT_EQ(a.status, FLDR_READ | FLDR_OLD);
+    EXPECT_EQ(a.priority, 1);
+    EXPECT_STREQ(a.from, "kim@x.example");
+    EXPECT_STREQ(a.subject, "one");
+    EXPECT_STREQ(a.msgId, "12@x");
+    EXPECT_STREQ(a.auxText, "");
+    EXPECT_EQ(a.date, 1073260810);
+    EXPECT_EQ(b.num, 2);
+    EXPECT_EQ(b.priority, 3);
+    EXPECT_EQ(b.date, 0);
+    EXPECT_EQ(b.subject, longText.substr(0, 5000));
+    EXPECT_EQ(b.from, string(100, 'f'));
+    EXPECT_EQ(b.msgId, string(100, 'm'));
+    fldrClose(f);
+}
+
+TEST_F(Folder, ReadsHeadersThatNoBlockHolds) {
+    string content, huge(600000, 'x');
+    for (int i = 0; i < 300; i++) content += kFrom + "Status: O\nX: " + string(1900, 'x') + "\n\n";
+    content += kFrom + "X: " + huge + "\n " + huge + "\nStatus: R\n\n" + kFrom + "Status: R\n\n";
+    Fldr* f = open(content);
+    ASSERT_EQ(fldrMsgMax(f), 302);
+    for (int n = 1; n <= 302; n++)
+        ASSERT_EQ(fldrMsgGetStatus(n, f), n > 300 ? FLDR_READ : FLDR_OLD) << n;
+    EXPECT_EQ(fldrSize(f), static_cast<int>(content.size()));
+    fldrClose(f);
+}
+
+TEST_F(Folder, AccessorsCheckTheirEntry) {
+    Fldr* f = open(kFrom + "\n" + kFrom + "Status: O\n\n" + kFrom + "\n");
+    ASSERT_EQ(fldrMsgMax(f), 3);
+    EXPECT_EQ(fldrMsgNewNum(f), 2);
+    EXPECT_EQ(fldrMsgReadNum(f), 1);
+    EXPECT_EQ(fldrMsgIsOld(2, f), FLDR_OLD);
+    EXPECT_EQ(fldrMsgDelete(0, f), nullptr);
+    EXPECT_EQ(fldrMsgDelete(4, f), nullptr);
+    EXPECT_EQ(f->status, 0u);
+    EXPECT_EQ(fldrMsgSetRead(1, f), f->msgs[0]);
+    EXPECT_EQ(fldrMsgSetOld(1, f), f->msgs[0]);
+    EXPECT_EQ(fldrMsgDelete(2, f), f->msgs[1]);
+    EXPECT_EQ(fldrMsgGetStatus(1, f), FLDR_READ | FLDR_OLD);
+    EXPECT_EQ(fldrMsgIsRead(1, f), FLDR_READ);
+    EXPECT_EQ(fldrMsgIsDelete(2, f), FLDR_DELETED);
+    EXPECT_EQ(f->status, FLDR_READ | FLDR_OLD | FLDR_DELETED);
+    EXPECT_EQ(fldrMsgNewNum(f), 1);
+    EXPECT_EQ(fldrMsgReadNum(f), 1);
+    EXPECT_EQ(fldrSize(f), static_cast<int>(3 * kFrom.size() + 13)) << "deleted ones count";
+    fldrMsgAllReset(f);
+    EXPECT_EQ(fldrMsgIsDelete(2, f), 0u);
+    EXPECT_EQ(f->status, FLDR_READ | FLDR_OLD | FLDR_DELETED);
+    EXPECT_EQ(fldrMsgNum(3, f) + fldrMsgNum(4, f) + fldrMsgEntryPos(-1, f), 3);
+    EXPECT_EQ(fldrMsgSize(INT_MAX, f) + fldrMsgHdrSize(0, f), 0);
+    EXPECT_EQ(fldrChkMsgBoundary(3, f) + fldrIsOpen(f), 2);
+    EXPECT_EQ(fldrChkMsgBoundary(1, nullptr) + fldrIsOpen(nullptr) + fldrMsgMax(nullptr), 0);
+    fldrFree(f);
+    Fldr* own = static_cast<Fldr*>(calloc(1, sizeof(Fldr)));  // a record of the caller's making
+    own->msgCount = 2;
+    own->msgs[1] = static_cast<FldrMsg*>(calloc(1, sizeof(FldrMsg)));
+    EXPECT_EQ(fldrMsgSetRead(1, own), nullptr);
+    EXPECT_EQ(fldrMsgSetRead(2, own), own->msgs[1]);
+    fldrFree(own);
+}
+
+TEST_F(Folder, MarkerKeepsOthersOutFor180Seconds) {
+    Fldr* f = open(kFrom + "\n");
+    ASSERT_TRUE(f);
+    struct stat st;
+    ASSERT_EQ(stat(marker.c_str(), &st), 0);
+    EXPECT_EQ(st.st_size, 0);
+    EXPECT_EQ(st.st_mode & 07777, 0600u);
+    EXPECT_EQ(fldrOpen(path.c_str()), nullptr);
+    age(marker, 178);
+    EXPECT_EQ(fldrOpen(path.c_str()), nullptr);
+    age(marker, -1000);
+    EXPECT_EQ(fldrOpen(path.c_str()), nullptr) << "a marker from the future";
+    age(marker, 181);
+    Fldr* second = fldrOpen(path.c_str());
+    ASSERT_TRUE(second);
+    fldrClose(f);
+    EXPECT_TRUE(exists(marker)) << "it belongs to the second opener";
+    fldrClose(second);
+    EXPECT_FALSE(exists(marker));
+    fldrClose(nullptr);
+}
+
+TEST_F(Folder, OpensRegularFilesWithContentOnly) {
+    EXPECT_EQ(fldrOpen(nullptr), nullptr);
+    EXPECT_EQ(fldrOpen(""), nullptr);
+    EXPECT_EQ(fldrOpen((dir + "/none").c_str()), nullptr);
+    EXPECT_EQ(fldrOpen(dir.c_str()), nullptr);
+    EXPECT_EQ(fldrOpen((dir + string(600, '/') + "spool/kim").c_str()), nullptr);
+    EXPECT_EQ(open(""), nullptr);
+    string fifo = dir + "/fifo";
+    ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+    EXPECT_EQ(fldrOpen(fifo.c_str()), nullptr);
+    ASSERT_EQ(symlink("/etc/passwd", marker.c_str()), 0);
+    EXPECT_EQ(open(kFrom + "\n"), nullptr) << "a planted marker counts, and is not written through";
+    unlink(marker.c_str());
+    Fldr* f = open("no From_ line\n");
+    ASSERT_TRUE(f);
+    EXPECT_EQ(fldrMsgMax(f), 0);
+    fldrClose(f);
+    kit::writeFile(dir + "/old.tmp", "");
+    age(dir + "/old.tmp", 200);
+    EXPECT_EQ(fldrOpen((dir + "/old").c_str()), nullptr);
+    EXPECT_FALSE(exists(dir + "/old.tmp")) << "a stale marker of a missing folder goes, too";
+}
+
+TEST_F(Folder, IndexIsFullUnderTheDataLimit) {
+#if defined(__SANITIZE_ADDRESS__)
+    GTEST_SKIP() << "the sanitizer cannot live under the limit";
+#endif
+    string content;
+    for (int i = 0; i < FLDR_MAX_MSGS + 2; i++) content += kFrom + "Subject: x\n\n";
+    kit::writeFile(path, content);
+    content = string();
+    rlimit limit = {100'000'000, 100'000'000};
+    ASSERT_EQ(setrlimit(RLIMIT_DATA, &limit), 0);
+    Fldr* f = fldrOpen(path.c_str());
+    ASSERT_EQ(fldrMsgMax(f), FLDR_MAX_MSGS);
+    EXPECT_EQ(fldrMsgNum(FLDR_MAX_MSGS, f), FLDR_MAX_MSGS);
+    fldrMsgDelete(1, f);
+    fldrMsgDelete(FLDR_MAX_MSGS, f);
+    fldrClose(f);
+    f = fldrOpen(path.c_str());
+    EXPECT_EQ(fldrMsgMax(f), FLDR_MAX_MSGS) << "the two beyond the index were kept";
+    fldrFree(f);
+}
+
+}  // namespace
