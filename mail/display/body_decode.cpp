@@ -36,11 +36,11 @@ OwnedText readBody(const MailBody& part, FILE* fp) {
     return OwnedText(fileStrmGetStr(static_cast<int>(std::min<int64_t>(part.bodySize, left)), fp));
 }
 
+/// NULL also for an encoded body that decodes to nothing.
 OwnedText decodeTransfer(OwnedText raw, int code) {
-    if (!raw) return nullptr;
-    if (code == kBase64) return OwnedText(mailDecodeBase64(raw.get()));
-    if (code == kQuotedPrintable) return OwnedText(mailDecodeQP(raw.get()));
-    return raw;
+    if (!raw || (code != kBase64 && code != kQuotedPrintable)) return raw;
+    OwnedText text(code == kBase64 ? mailDecodeBase64(raw.get()) : mailDecodeQP(raw.get()));
+    return text && *text ? std::move(text) : nullptr;
 }
 
 void replaceToken(OwnedText& text, const char* token, const char* by) {

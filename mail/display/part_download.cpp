@@ -78,7 +78,8 @@ void mailViewCIDFile(MailInfo* msg, long, long, const char* contentId, long, FIL
     for (MailBody& part : LeafParts(msg->body)) {
         if (!part.contentId || strcmp(part.contentId, contentId) != 0) continue;
         Text type;
-        appendWithoutControls(type, head(mediaTypeText(part).view(), kMaxMediaType));
+        appendWithoutControls(type, mediaTypeText(part).view());
+        type.truncate(kMaxMediaType);
         cgiMimeHeader(type.c_str());
         mailDecodeAttachFile(&part, fp, stdout);
     }

@@ -10,14 +10,22 @@ namespace kit {
 struct Message {
     explicit Message(std::string_view text, int offset = 0)
         : file(fileOf(text)),
-          info(mailProcessing(offset, static_cast<int>(text.size()) - offset, "", file.get())) {}
+          info(mailGetHeaderInfo(offset, static_cast<int>(text.size()) - offset, file.get())) {
+        mailParseBody(info, file.get());
+    }
     ~Message() { mailFree(&info); }
-    Message(const Message&) = delete;
-    Message& operator=(const Message&) = delete;
 
     File file;
     MailInfo* info;
 };
+
+/// A multipart/mixed message; each part begins with its media type.
+inline std::string mixed(std::initializer_list<std::string> parts, const char* headers = "") {
+    std::string text = headers;
+    text += "Content-Type: multipart/mixed; boundary=o\n\n";
+    for (const std::string& part : parts) text += "--o\nContent-Type: " + part + "\n";
+    return text + "--o--\n";
+}
 
 }  // namespace kit
 
