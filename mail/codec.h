@@ -26,8 +26,8 @@ ATTALVEN_BEGIN
 /*
  * Encodes bytes as base64 (RFC 2045 section 6.8), a line feed after every `lineLen` characters,
  * none after a shorter last line. `mode` tells what the arguments are: 1 text to character buffer,
- * 2 text to stream (FILE *), 3 stream to stream, read to its end. A `lineLen` of 0 or less breaks
- * no line. Gives the number of characters written without the line feeds; 0 when an argument is
+ * 2 text to stream (FILE *), 3 stream to stream, read to its end. A `lineLen` of 0 breaks no line.
+ * Gives the number of characters written without the line feeds; 0 when an argument is
  * NULL or the mode is another one. Mode 1 empties the buffer first.
  */
 ATTALVEN_API int funcEncodeBase64(void* dst, const void* src, int lineLen, int mode);

@@ -7,6 +7,8 @@
 
 #include <array>
 
+#include "base64_vector.h"
+
 namespace attalven {
 
 namespace {
@@ -86,19 +88,12 @@ struct DecodeRun {
     size_t lineLength = 76;  // of the last line seen: the next ones are likely as long
 
     size_t left() const { return static_cast<size_t>(end - s); }
-    void took(size_t characters) {
-        s += characters;
-        out += characters / 4 * 3;
-    }
-
     /// Whole groups of characters of the alphabet.
     void takeClean() {
-        if (d.vector && left() > lineLength) {
-            size_t lines = base64DecodeLines(s, left() / (lineLength + 1), lineLength, out);
-            s += lines * (lineLength + 1);
-            out += lines * (lineLength / 4 * 3);
+        if (d.vector) {
+            s += base64DecodeLines(s, left(), lineLength, out);
+            s += base64DecodeBlocks(s, left(), out);
         }
-        if (d.vector) took(base64DecodeBlocks(s, left() / kBase64Block, out) * kBase64Block);
         while (left() >= 4) {
             int bits =
                 valueOf(s[0]) << 18 | valueOf(s[1]) << 12 | valueOf(s[2]) << 6 | valueOf(s[3]);

@@ -8,7 +8,7 @@
 #include <cstdint>
 
 #include "../base/ascii.h"
-#include "base64_vector.h"
+#include "vector.h"
 
 namespace attalven {
 
@@ -20,7 +20,7 @@ inline constexpr char kBase64Alphabet[] =
 struct Base64Encoder {
     size_t lineLength;  // characters between line feeds, a multiple of 4; 0 for no line feeds
     size_t column = 0;  // characters on the current line
-    bool vector = base64HasVector();
+    bool vector = hasVector();
 };
 
 /// Characters, without line feeds, for so many bytes.
@@ -44,7 +44,7 @@ struct Base64Decoder {
     unsigned places = 0;  // characters of the group, pads included
     unsigned data = 0;    // of these, characters of the alphabet
     uint32_t bits = 0;
-    bool vector = base64HasVector();
+    bool vector = hasVector();
 };
 
 /// Each group writes three bytes, but a pad counts for none: `counted` is the length of the decoded

@@ -5,13 +5,11 @@
 
 #include "base64_vector.h"
 
-#if defined(__x86_64__)
-
-#include <immintrin.h>
-
-#define ATTALVEN_AVX2 __attribute__((target("avx2")))
+#include "vector.h"
 
 namespace attalven {
+
+#if defined(__x86_64__)
 
 namespace {
 
@@ -43,12 +41,7 @@ ATTALVEN_AVX2 inline void encodeBlock(const char* bytes, char* out) {
     __m256i upper =
         _mm256_and_si256(_mm256_cmpgt_epi8(_mm256_set1_epi8(26), values), _mm256_set1_epi8(13));
     __m256i kind = _mm256_or_si256(_mm256_subs_epu8(values, _mm256_set1_epi8(51)), upper);
-    _mm256_storeu_si256(reinterpret_cast<__m256i*>(out),
-                        _mm256_add_epi8(_mm256_shuffle_epi8(distance, kind), values));
-}
-
-ATTALVEN_AVX2 inline __m256i loadBlock(const char* text) {
-    return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(text));
+    storeBlock(out, _mm256_add_epi8(_mm256_shuffle_epi8(distance, kind), values));
 }
 
 /// False when the block holds a byte outside the alphabet; nothing is written then.
@@ -76,20 +69,18 @@ ATTALVEN_AVX2 inline bool decodeBlock(__m256i v, char* out) {
     return true;
 }
 
+/// Gives the characters taken: all, or those of the blocks before the first that has another byte.
 /// The last block is loaded before the others are stored, for decoding in place.
-ATTALVEN_AVX2 inline bool decodeLine(const char* text, size_t length, char* out) {
+ATTALVEN_AVX2 inline size_t decodeLine(const char* text, size_t length, char* out) {
     size_t lastAt = length - kBase64Block;
     __m256i last = loadBlock(text + lastAt);
-    for (size_t i = 0; i < lastAt; i += kBase64Block)
-        if (!decodeBlock(loadBlock(text + i), out + i / 4 * 3)) return false;
-    return decodeBlock(last, out + lastAt / 4 * 3);
+    size_t at = 0;
+    for (; at < lastAt; at += kBase64Block)
+        if (!decodeBlock(loadBlock(text + at), out + at / 4 * 3)) return at;
+    return decodeBlock(last, out + lastAt / 4 * 3) ? length : at;
 }
 
 }  // namespace
-
-bool base64HasVector() {
-    return __builtin_cpu_supports("avx2");
-}
 
 ATTALVEN_AVX2 void base64EncodeLines(const char* bytes, size_t lines, size_t lineLength,
                                      char* out) {
@@ -101,38 +92,36 @@ ATTALVEN_AVX2 void base64EncodeLines(const char* bytes, size_t lines, size_t lin
     }
 }
 
-ATTALVEN_AVX2 size_t base64DecodeLines(const char* text, size_t lines, size_t lineLength,
-                                       char* out) {
-    size_t taken = 0;
-    for (; taken < lines; taken++, text += lineLength + 1, out += lineLength / 4 * 3)
-        if (text[lineLength] != '\n' || !decodeLine(text, lineLength, out)) break;
-    return taken;
+ATTALVEN_AVX2 size_t base64DecodeLines(const char* text, size_t size, size_t lineLength,
+                                       char*& out) {
+    size_t at = 0;
+    while (size - at > lineLength && text[at + lineLength] == '\n') {
+        size_t taken = decodeLine(text + at, lineLength, out);
+        out += taken / 4 * 3;
+        at += taken;
+        if (taken < lineLength) break;
+        at++;
+    }
+    return at;
 }
 
-ATTALVEN_AVX2 size_t base64DecodeBlocks(const char* text, size_t blocks, char* out) {
-    size_t taken = 0;
-    for (; taken < blocks; taken++, text += kBase64Block, out += kBase64Block / 4 * 3)
-        if (!decodeBlock(loadBlock(text), out)) break;
-    return taken;
+ATTALVEN_AVX2 size_t base64DecodeBlocks(const char* text, size_t size, char*& out) {
+    size_t at = 0;
+    for (; size - at >= kBase64Block && decodeBlock(loadBlock(text + at), out); at += kBase64Block)
+        out += kBase64Block / 4 * 3;
+    return at;
 }
-
-}  // namespace attalven
 
 #else
 
-namespace attalven {
-
-bool base64HasVector() {
-    return false;
-}
 void base64EncodeLines(const char*, size_t, size_t, char*) {}
-size_t base64DecodeLines(const char*, size_t, size_t, char*) {
+size_t base64DecodeLines(const char*, size_t, size_t, char*&) {
     return 0;
 }
-size_t base64DecodeBlocks(const char*, size_t, char*) {
+size_t base64DecodeBlocks(const char*, size_t, char*&) {
     return 0;
 }
-
-}  // namespace attalven
 
 #endif
+
+}  // namespace attalven

@@ -80,10 +80,12 @@ int DecodeQP(char* dst, const char* text) {
 
 char* mailDecodeQP(const char* text) {
     if (viewOf(text).empty()) return nullptr;
-    QpDecoder d{QpSoftBreak::kSkipsBoth, true};
+    QpDecoder d{QpSoftBreak::kSkipsBoth};
     Text result;
-    appendSlices(result, text, kSlice, kSlice + 2,
-                 [&](string_view rest, char* out) { return qpDecode(d, head(rest, kSlice), out); });
+    appendSlices(result, text, kSlice, kSlice + 2, [&](string_view rest, char* out) {
+        char* end = out + qpDecode(d, head(rest, kSlice), out);
+        return static_cast<size_t>(std::remove(out, end, '\0') - out);
+    });
     if (char* out = result.room(2)) result.commit(qpDecodeEnd(d, out));
     return result.take();
 }

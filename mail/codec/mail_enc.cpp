@@ -64,6 +64,16 @@ int encodeToStream(FILE* out, string_view text, Base64Encoder e) {
     return base64Count(text.size());
 }
 
+/// Calls use(encoded piece) for the text in quoted-printable, until that gives false.
+template <typename Use>
+void forEncodedSlices(string_view text, Use use) {
+    constexpr size_t kBytes = 4096;
+    const QpFolding folding = qpStreamFolding();
+    char piece[4 * kBytes];  // more than qpRoom()
+    for (; !text.empty(); text = tail(text, kBytes))
+        if (!use({piece, qpEncode(folding, x_pos, text, kBytes, piece)})) return;
+}
+
 }  // namespace
 
 }  // namespace attalven
@@ -111,40 +121,43 @@ char* mailEncodeBase64(const char* text) {
 
 int EncodeQP(char* dst, const char* text) {
     if (!dst) return 0;
-    string_view all = viewOf(text);
-    size_t n = qpEncode(kQpStreamFolding, x_pos, all, all.size(), dst);
-    dst[n] = 0;
-    return clampInt(static_cast<int64_t>(n));
+    char* end = dst;
+    forEncodedSlices(viewOf(text), [&](string_view encoded) {
+        memcpy(end, encoded.data(), encoded.size());
+        end += encoded.size();
+        return true;
+    });
+    *end = 0;
+    return clampInt(end - dst);
 }
 
 int strmDestEncodeQP(FILE* out, const char* text) {
     if (!out) return 0;
     BlockWriter writer(out);
     int64_t total = 0;
-    for (string_view rest = viewOf(text); !rest.empty(); rest = tail(rest, kSlice)) {
-        char* to = writer.room(qpRoom(kQpStreamFolding, kSlice));
-        if (!to) break;
-        size_t n = qpEncode(kQpStreamFolding, x_pos, rest, kSlice, to);
-        writer.commit(n);
-        total += static_cast<int64_t>(n);
-    }
+    forEncodedSlices(viewOf(text), [&](string_view encoded) {
+        writer.write(encoded);
+        total += static_cast<int64_t>(encoded.size());
+        return !writer.failed();
+    });
     return clampInt(total);
 }
 
 void strmEncodeQP(FILE* out, FILE* in, int length) {
-    convertPart(out, in, length, qpRoom(kQpStreamFolding, kRun), [](string_view run, char* to) {
-        return qpEncode(kQpStreamFolding, x_pos, run, run.size(), to);
+    const QpFolding folding = qpStreamFolding();
+    convertPart(out, in, length, qpRoom(folding, kRun), [&](string_view run, char* to) {
+        return qpEncode(folding, x_pos, run, run.size(), to);
     });
 }
 
 char* mailEncodeQP(const char* text) {
     static int x_pos = 0;
     if (viewOf(text).empty()) return nullptr;
+    const QpFolding folding = qpTextFolding();
     Text result;
-    appendSlices(result, text, kSlice, qpRoom(kQpTextFolding, kSlice),
-                 [&](string_view rest, char* out) {
-                     return qpEncode(kQpTextFolding, x_pos, rest, kSlice, out);
-                 });
+    appendSlices(result, text, kSlice, qpRoom(folding, kSlice), [&](string_view rest, char* out) {
+        return qpEncode(folding, x_pos, rest, kSlice, out);
+    });
     return result.take();
 }
 

@@ -2,50 +2,57 @@
 #define ATTALVEN_MAIL_CODEC_QUOTED_PRINTABLE_H
 
 // The quoted-printable kernel (RFC 2045 section 6.7): one encoder, which also writes the Q words of
-// headers (RFC 2047 section 4.2), and one decoder. Steps read and write nothing but the bytes named
-// here, so they work on exact-size areas; decoding works in place.
+// headers (RFC 2047 section 4.2), and one decoder.
 
 #include <array>
 
 #include "../base/ascii.h"
+#include "vector.h"
 
 namespace attalven {
 
-/// How the encoder treats a byte.
-enum class QpClass : uint8_t { kEscape, kLow, kHigh, kBlank, kLineFeed, kReturn };
-using QpClasses = std::array<QpClass, 256>;
+/// What the encoder writes for a byte: itself or "=XX". Size 0: CR and LF, which are no text.
+struct QpToken {
+    char bytes[3];
+    uint8_t size;  // one store writes a token with its size behind it
+};
+using QpTokens = std::array<QpToken, 256>;
 
-/// kLow is 33 to 60, kHigh 72 to 126: both literal. What lies between is escaped.
-constexpr QpClasses qpBodyClasses() {
-    QpClasses classes{};
-    for (size_t c = 33; c <= 60; c++) classes[c] = QpClass::kLow;
-    for (size_t c = 72; c <= 126; c++) classes[c] = QpClass::kHigh;
-    classes[' '] = classes['\t'] = QpClass::kBlank;
-    classes['\n'] = QpClass::kLineFeed;
-    classes['\r'] = QpClass::kReturn;
-    return classes;
+/// 33 to 60, 72 to 126 and blanks are literal; what lies between is escaped. In a header word
+/// blanks are escaped too, and "_", which would stand for one.
+constexpr QpTokens qpTokens(bool word) {
+    constexpr char kDigits[] = "0123456789ABCDEF";
+    QpTokens tokens{};
+    for (size_t i = 0; i < tokens.size(); i++) {
+        char c = static_cast<char>(i);
+        bool blank = c == ' ' || c == '\t';
+        bool literal = (i >= 33 && i <= 60) || (i >= 72 && i <= 126);
+        if (word ? literal && c != '_' : literal || blank)
+            tokens[i] = {{c}, 1};
+        else if (c != '\n' && c != '\r')
+            tokens[i] = {{'=', kDigits[i >> 4], kDigits[i & 15]}, 3};
+    }
+    return tokens;
 }
 
-/// In a header word blanks are escaped too, and "_", which would stand for one.
-constexpr QpClasses qpWordClasses() {
-    QpClasses classes = qpBodyClasses();
-    classes[' '] = classes['\t'] = classes['_'] = QpClass::kEscape;
-    return classes;
-}
-
-inline constexpr QpClasses kQpBody = qpBodyClasses(), kQpWord = qpWordClasses();
+inline constexpr QpTokens kQpBody = qpTokens(false), kQpWord = qpTokens(true);
 
 /// Where lines are folded: before a byte when more characters than this stand on the line.
 struct QpFolding {
-    const QpClasses& classes;
-    int lowLimit;         // before a byte of kLow
-    int limit;            // before any other, line ends included; at most lowLimit
-    string_view fold;     // what is written then; it does not count as characters of the next line
-    bool vector = false;  // runs of literal bytes are found 16 at a time; for kQpBody alone
+    const QpTokens& tokens;
+    int lowLimit;      // before a byte of 33 to 60
+    int limit;         // before any other, line ends included; at most lowLimit
+    string_view fold;  // what is written then; it does not count as characters of the next line
+    bool vector = &tokens == &kQpBody && hasVector();
 };
 
-inline constexpr QpFolding kQpStreamFolding{kQpBody, 75, 57, "=\n", true};
-inline constexpr QpFolding kQpTextFolding{kQpBody, 55, 55, "=\n", true};
+/// EncodeQP and the stream forms; mailEncodeQP.
+inline QpFolding qpStreamFolding() {
+    return {kQpBody, 75, 57, "=\n"};
+}
+inline QpFolding qpTextFolding() {
+    return {kQpBody, 55, 55, "=\n"};
+}
 
 /// Encodes the first `take` bytes of `text`; what follows them only tells whether a blank ends a
 /// line, which the end of `text` does too. `position` counts the characters on the line. Gives the
@@ -53,10 +60,11 @@ inline constexpr QpFolding kQpTextFolding{kQpBody, 55, 55, "=\n", true};
 size_t qpEncode(const QpFolding& folding, int& position, string_view text, size_t take, char* out);
 
 /// Three bytes for each, a fold whenever they can have filled a line (and one for a position
-/// carried over), and the byte behind the last escape, which is touched.
+/// carried over), a soft break behind a last blank, and three bytes behind the text, which are
+/// touched.
 constexpr size_t qpRoom(const QpFolding& folding, size_t bytes) {
     size_t bytesOfLine = static_cast<size_t>(folding.limit) / 3 + 1;
-    return 3 * bytes + (bytes / bytesOfLine + 2) * folding.fold.size() + 1;
+    return 3 * bytes + (bytes / bytesOfLine + 2) * folding.fold.size() + 64;
 }
 
 /// What "=" before CR or LF does.
@@ -65,13 +73,13 @@ enum class QpSoftBreak { kEndsText, kEndsLine, kSkipsBoth };
 /// The decoder: an escape that a step's text does not hold in full waits for the next one.
 struct QpDecoder {
     QpSoftBreak softBreak;
-    bool dropNuls = false;  // escapes of a NUL byte are left out
-    bool vector = true;     // plain text is copied 16 bytes at a time
+    bool vector = hasVector();
     char held[3] = {};
     size_t heldSize = 0;
 };
 
-/// Decodes `text` into `out`, room text.size() + 2. Gives the number of bytes.
+/// Decodes `text` into `out`, room text.size() + 2; `out` may be the text. Gives the number of
+/// bytes.
 size_t qpDecode(QpDecoder& d, string_view text, char* out);
 
 /// At the end of the text: the start of an escape stands for itself. Room 2.

@@ -1,0 +1,282 @@
+#include <fcntl.h>
+
+#include <functional>
+#include <random>
+
+#include "kit/site.h"
+#include "mail/codec/base64.h"
+#include "mail/codec/quoted_printable.h"
+
+namespace {
+
+using namespace std::literals;
+
+using BufferForm = int (*)(char*, const char*);
+using StreamForm = void (*)(FILE*, FILE*, int);
+
+/// The bytes that a buffer form counts; it writes to exactly the room that it may ask for.
+std::string counted(BufferForm form, const std::string& text, size_t room) {
+    std::unique_ptr<char[]> dst(new char[room]);
+    int n = form(dst.get(), text.c_str());
+    return {dst.get(), static_cast<size_t>(n)};
+}
+std::string decoded(BufferForm form, const std::string& text) {
+    return counted(form, text, text.size() + 1);
+}
+/// EncodeQP from line position 0.
+std::string encodedQp(const std::string& text) {
+    EncodeQP(std::string(8, 0).data(), "\n");
+    return counted(EncodeQP, text, 4 * text.size() + 16);
+}
+/// What a stream form writes for a part of the first `length` bytes, and where it leaves its input.
+std::string streamed(StreamForm form, std::string_view content, int length,
+                     long* position = nullptr) {
+    kit::File in = kit::fileOf(content), out = kit::fileOf("");
+    form(out.get(), in.get(), length);
+    if (position) *position = ftell(in.get());
+    return kit::contentOf(out.get());
+}
+std::string streamed(StreamForm form, std::string_view content) {
+    return streamed(form, content, static_cast<int>(content.size()));
+}
+std::string random(std::mt19937& rng, size_t size, std::string_view alphabet) {
+    std::string s(size, 0);
+    for (char& c : s)
+        c = rng() % 64 == 0 ? static_cast<char>(rng()) : alphabet[rng() % alphabet.size()];
+    return s;
+}
+
+TEST(Base64, EncodesInEveryForm) {
+    const std::string full(57, 'a'), line = [] {
+        std::string s;
+        for (int i = 0; i < 19; i++) s += "YWFh";
+        return s;
+    }();
+    const struct {
+        std::string text, body, mail;
+    } rows[] = {
+        {"a", "YQ==", "YQ=="},
+        {"ab", "YWI=", "YWI="},
+        {"\xff\xfe\xfd", "//79", "//79"},
+        {full, line + "\n", line.substr(0, 56) + "\n" + line.substr(56)},
+        {full + "a", line + "\nYQ==", line.substr(0, 56) + "\n" + line.substr(56) + "YQ=="},
+    };
+    for (const auto& r : rows) {
+        int count = static_cast<int>(r.text.size() + 2) / 3 * 4;
+        char dst[128];
+        EXPECT_EQ(EncodeBase64(dst, r.text.c_str()), count);
+        EXPECT_EQ(dst, r.body);
+        EXPECT_EQ(kit::taken(mailEncodeBase64(r.text.c_str())), r.mail);
+        kit::File out = kit::fileOf(""), in = kit::fileOf("skipped" + r.text);
+        EXPECT_EQ(strmDestEncodeBase64(out.get(), r.text.c_str()), count);
+        EXPECT_EQ(kit::contentOf(out.get()), r.body);
+        out = kit::fileOf("");
+        fseek(in.get(), 7, SEEK_SET);
+        EXPECT_EQ(strmEncodeBase64(out.get(), in.get()), count);
+        EXPECT_EQ(kit::contentOf(out.get()), r.body);
+    }
+    char dst[64] = "kept";
+    EXPECT_EQ(EncodeBase64(dst, ""), 0);
+    EXPECT_STREQ(dst, "kept");
+    EXPECT_EQ(mailEncodeBase64(""), nullptr);
+    EXPECT_EQ(funcEncodeBase64(dst, "abcdefghi", 6, 1), 12);  // 12 is the first common multiple
+    EXPECT_STREQ(dst, "YWJjZGVmZ2hp\n");
+    EXPECT_EQ(funcEncodeBase64(dst, "", 6, 1), 0);
+    EXPECT_STREQ(dst, "");
+}
+
+TEST(Base64, Decodes) {
+    const struct {
+        const char* label;
+        std::string text, buffer, mail, stream;
+    } rows[] = {
+        {"lines", "YWJj\nYQ==", "abca", "abca", "abca"},
+        {"incomplete last group", "YWJjYQ", "abc", "abc", "abc"},
+        {"CR LF and junk", "YW\r\nJ*j\r\n", "abc", "abc", ""},
+        {"groups end with their line", "YW\nJjYQ\nYWJj", "abca\x06\x16", "abca\x06\x16",
+         "&6\x10"
+         "abc"},
+        {"pads alone", "====", "", "", ""},
+        {"text behind pads", "YQ==YWJj", "a\0\0a"s, "aabc", "a\0\0a"s},
+        {"NUL bytes", "AGEAYWJj", "\0a\0abc"s, "abc", "\0a\0abc"s},
+    };
+    for (const auto& r : rows) {
+        SCOPED_TRACE(r.label);
+        EXPECT_EQ(decoded(DecodeBase64, r.text), r.buffer);
+        EXPECT_EQ(kit::taken(mailDecodeBase64(r.text.c_str())), r.mail);
+        EXPECT_EQ(streamed(strmDecodeBase64, r.text), r.stream);
+    }
+    EXPECT_EQ(mailDecodeBase64(nullptr), nullptr);
+}
+
+TEST(QuotedPrintable, Encodes) {
+    const std::string z(100, 'z'), digits(100, '5');
+    const struct {
+        std::string text, encoded;
+    } rows[] = {
+        {"", ""},
+        {"A=H", "=41=3DH"},
+        {"<>@G\x7f\xe9", "<=3E=40=47=7F=E9"},
+        {"x \n", "x =\n\n"},
+        {"x\t\r\ny ", "x\t=\n\ny =\n"},
+        {" \n \n", " =\n\n =\n\n"},
+        {z, z.substr(0, 58) + "=\n" + z.substr(58)},
+        {digits, digits.substr(0, 76) + "=\n" + digits.substr(76)},
+        {z.substr(0, 58) + "\nb", z.substr(0, 58) + "=\n\nb"},
+        {z.substr(0, 57) + " \nb", z.substr(0, 57) + " =\n\nb"},
+        {z.substr(0, 58) + "11z", z.substr(0, 58) + "11=\nz"},
+        {std::string(20, '\xb0'), "=B0=B0=B0=B0=B0=B0=B0=B0=B0=B0=B0=B0=B0=B0=B0=B0=B0=B0=B0=B0"},
+    };
+    for (const auto& r : rows) {
+        EXPECT_EQ(encodedQp(r.text), r.encoded);
+        encodedQp("\n");
+        EXPECT_EQ(streamed(strmEncodeQP, r.text), r.encoded);
+        encodedQp("\n");
+        kit::File out = kit::fileOf("");
+        EXPECT_EQ(strmDestEncodeQP(out.get(), r.text.c_str()), r.encoded.size());
+        EXPECT_EQ(kit::contentOf(out.get()), r.encoded);
+    }
+}
+
+TEST(QuotedPrintable, CountsLinePositionsAcrossCalls) {
+    encodedQp(std::string(70, '5'));
+    char dst[64];
+    EXPECT_EQ(EncodeQP(dst, "z"), 3);
+    EXPECT_STREQ(dst, "=\nz");
+    const std::string z(60, 'z');
+    EXPECT_EQ(kit::taken(mailEncodeQP(z.c_str())), z.substr(0, 56) + "=\n" + z.substr(56));
+    EXPECT_EQ(kit::taken(mailEncodeQP(z.c_str())), z.substr(0, 52) + "=\n" + z.substr(52));
+    EXPECT_EQ(kit::taken(mailEncodeQP(std::string(60, '5').c_str())).find('='), 48);
+    EXPECT_EQ(mailEncodeQP(""), nullptr);
+}
+
+TEST(QuotedPrintable, Decodes) {
+    const struct {
+        std::string text, line, mail, old;
+    } rows[] = {
+        {"abc=\n", "abc", "abc", "abc"},
+        {"a=\r\nb", "a", "a\nb", "a\nb"},
+        {"=3d=41", "=A", "=A",
+         "\xff"
+         "A"},
+        {"a_b=00c", "a_b\0c"s, "a_bc", "a b=00c"},
+        {"=4", "=4", "=4", "=4"},
+        {"x=", "x=", "x=", "x="},
+        {"=G1=1G", "\x01\x20", "\x01\x20", "\xf1\xff"},
+        {"=0_", "(", "(", "\xff"},
+        {"=4\n5",
+         "\x1a"
+         "5",
+         "\x1a"
+         "5",
+         "\xff"
+         "5"},
+    };
+    for (const auto& r : rows) {
+        EXPECT_EQ(decoded(DecodeQP, r.text), r.line);
+        EXPECT_EQ(kit::taken(mailDecodeQP(r.text.c_str())), r.mail);
+        EXPECT_EQ(decoded(DecodeQP_ORG, r.text), r.old);
+        if (r.text != "a=\r\nb") {
+            EXPECT_EQ(streamed(strmDecodeQP, r.text), r.line);
+        }
+    }
+    EXPECT_EQ(streamed(strmDecodeQP, "a=\nb=\r\nc\n=\rx\nd"), "abc\nd");
+    std::string same = "=41 b=42=43 c=";
+    EXPECT_EQ(DecodeQP(same.data(), same.c_str()), 8);
+    EXPECT_STREQ(same.c_str(), "A bBC c=");
+}
+
+TEST(Uuencode, Decodes) {
+    const struct {
+        const char *line, *expected;
+        int announced;
+    } rows[] = {
+        {"#86)C\n", "abc", 3}, {"\"86)C\n", "ab", 2}, {"#86)C", "abc", 3},      {"`\n", "kept", 0},
+        {"", "kept", 0},       {"#8", "`", 3},        {"M86)C\r\n", "abc", 45},
+    };
+    for (const auto& r : rows) {
+        char dst[64] = "kept";
+        EXPECT_EQ(DecodeUU(dst, r.line), r.announced) << r.line;
+        EXPECT_STREQ(dst, r.expected) << r.line;
+    }
+    EXPECT_EQ(streamed(strmDecodeUU, "begin 644 x\n#86)C\n`\nend\n#86)C\n"), "abc");
+    EXPECT_EQ(streamed(strmDecodeUU, "begin 644 x\n#86)C\n#86)C\n", 6), "abc");
+    EXPECT_EQ(streamed(strmDecodeUU, "&86)C\n"), "abc\0\0\0"s);
+}
+
+TEST(StreamForms, TakeLinesThatBeginInThePart) {
+    const std::string line(100, 'x'), lines = line + "\n" + line + "\n" + line;
+    const struct {
+        int length;
+        size_t taken;
+    } rows[] = {{-1, 0}, {0, 0}, {1, 101}, {101, 101}, {102, 202}, {203, 303}, {999, 302}};
+    for (const auto& r : rows) {
+        long position = 0;
+        size_t taken = std::min(r.taken, lines.size());
+        EXPECT_EQ(streamed(strmDecodeQP, lines, r.length, &position), lines.substr(0, taken));
+        EXPECT_EQ(position, taken) << r.length;
+    }
+    const std::string longLine(12000, 'x');
+    EXPECT_EQ(streamed(strmDecodeQP, longLine, 1).size(), 5119);
+    EXPECT_EQ(streamed(strmDecodeQP, longLine, 5120).size(), 2 * 5119);
+    EXPECT_EQ(streamed(strmXBit, "ab\0cd"s, 4), "ab\0c"s);
+    EXPECT_EQ(streamed(strmXBit, std::string(200000, 'x'), 300000).size(), 200000);
+    kit::File out = kit::fileOf("");
+    EXPECT_EQ(strmDestXBit(out.get(), "a\nb"), 3);
+    EXPECT_EQ(kit::contentOf(out.get()), "a\nb");
+}
+
+TEST(StreamForms, CarryAcrossPiecesOfOneLine) {
+    for (size_t pad : {5117, 5118, 5119}) {
+        std::string plain(pad, 'x'), group = "YWJj";
+        EXPECT_EQ(streamed(strmDecodeQP, plain + "=41=\ny"), plain + "Ay") << pad;
+        EXPECT_EQ(streamed(strmDecodeBase64, std::string(pad, '*') + group + "\n"), "abc") << pad;
+    }
+    // A piece is a text of its own for the encoder: a blank at its end is protected.
+    std::string digits(5118, '5');
+    std::string encoded = streamed(strmEncodeQP, digits + " x");
+    EXPECT_EQ(encoded.substr(encoded.size() - 4), " =\nx");
+}
+
+TEST(StreamForms, StopReadingWhenTheOutputIsFull) {
+    kit::File full(fopen("/dev/full", "wb"));
+    ASSERT_TRUE(full);
+    setvbuf(full.get(), nullptr, _IONBF, 0);
+    const std::string content(4 << 20, 'x');
+    for (StreamForm form : {strmDecodeQP, strmDecodeBase64, strmEncodeQP, strmXBit}) {
+        kit::File in = kit::fileOf(content);
+        form(full.get(), in.get(), static_cast<int>(content.size()));
+        EXPECT_LT(ftell(in.get()), 1 << 20);
+    }
+}
+
+TEST(Kernels, GiveTheSameWithAndWithoutVectors) {
+    using namespace attalven;
+    std::mt19937 rng(1);
+    for (int round = 0; round < 2000; round++) {
+        size_t size = rng() % 400;
+        std::string text = random(rng, size, round % 2 ? "aehlnrt  \n" : "AZaz09+/");
+        if (round % 3 == 0) text = random(rng, size, "=B0=C8 \n\xb0\xa1\xc8\xe9");
+        std::string results[2][3];
+        for (bool vector : {false, true}) {
+            Base64Encoder e{76, 0, vector};
+            std::string out(3 * size + 512, 0);
+            std::string lines(base64Room(e, size), 0);
+            lines.resize(base64Encode(e, text, lines.data()));
+            Base64Decoder d{true, 0, 0, 0, vector};
+            EXPECT_EQ(base64Decode(d, lines, out.data()).counted, size);
+            EXPECT_EQ(out.substr(0, size), text);
+            Base64Decoder raw{round % 5 == 0, 0, 0, 0, vector};
+            results[vector][0] = out.substr(0, base64Decode(raw, text, out.data()).written);
+            QpFolding folding = qpStreamFolding();
+            folding.vector = vector;
+            int position = 0;
+            results[vector][1].assign(out, 0, qpEncode(folding, position, text, size, out.data()));
+            QpDecoder q{QpSoftBreak::kEndsLine, vector};
+            results[vector][2].assign(out, 0, qpDecode(q, text, out.data()));
+        }
+        for (int i = 0; i < 3; i++) ASSERT_EQ(results[0][i], results[1][i]) << i << text;
+    }
+}
+
+}  // namespace
