@@ -2,9 +2,8 @@
 
 #include <ctime>
 
-#include "kit/site.h"
+#include "kit/tree.h"
 #include "mail/parse/mail_addr.h"
-#include "mail/parse/record.h"
 
 namespace {
 
@@ -12,9 +11,7 @@ using attalven::OwnedAddress;
 using attalven::OwnedBody;
 using attalven::OwnedParam;
 
-std::string shown(const char* text) {
-    return text ? text : "-";
-}
+using kit::shown;
 
 /// Runs a parser on an exact-size heap copy, so that a sanitizer sees the first byte too far.
 template <typename Call>
@@ -211,6 +208,26 @@ TEST_F(Addresses, AreReadInOnePass) {
     std::string lo(400, 'm');
     EXPECT_EQ(addressesOf("\"" + lo + "\"" + lo + "@h"),
               std::string(300, 'm') + " " + std::string(300, 'm') + " example.org|");
+}
+
+TEST_F(Addresses, AreWritten) {
+    OwnedAddress list(mailGetAddrList("\"A <&> B\" <a@x>, b@y"));
+    EXPECT_EQ(kit::taken(mailGetStrAddr(list.get())), "\"A <&> B\" <a@x>,b@y");
+    EXPECT_EQ(kit::taken(mailGetStrHTMLAddr(list.get())),
+              "&quot;A &lt;&amp;&gt; B&quot; &lt;a@x&gt;,b@y");
+    EXPECT_EQ(mailGetStrAddr(nullptr), nullptr);
+    EXPECT_EQ(mailGetStrHTMLAddr(nullptr), nullptr);
+    EXPECT_STREQ(mailGetStrOneAddr(list->next), "b@y");
+    EXPECT_STREQ(mailGetStrOneAddr(nullptr), "");
+    free(list->host);
+    list->host = strdup(std::string(2000, 'h').c_str());
+    EXPECT_EQ(mailGetStrOneAddr(list.get()), "a@" + std::string(998, 'h'));
+
+    const Row names[] = {{"abc|Kim", "Kim"}, {"abc|", "abc"},     {"Kim", "Kim"},
+                         {"|", ""},          {"|Kim|x", "Kim|x"}, {"", ""}};
+    for (const Row& r : names) EXPECT_STREQ(mailGetUserName(r.input), r.expected) << r.input;
+    EXPECT_STREQ(mailGetUserName(nullptr), "");
+    EXPECT_EQ(mailGetUserName(std::string(200, 'n').c_str()), std::string(100, 'n'));
 }
 
 TEST(Records, IndexTheLeavesDepthFirst) {
