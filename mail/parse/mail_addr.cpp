@@ -13,7 +13,7 @@
 namespace attalven {
 
 //   address-list = [ address ] *( ( "," / ";" ) [ address ] )
-//   address      = [ phrase ] "<" addr-spec ">" / addr-spec [ "(" comment ")" ]
+//   address      = [ phrase ] "<" mailbox ">" / mailbox [ "(" comment ")" ]
 // White space outside quotes is dropped, so that an unquoted phrase runs together; there are no
 // groups and no nested comments.
 bool AddressScanner::next() {
