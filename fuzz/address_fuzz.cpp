@@ -1,0 +1,45 @@
+// Address lists of any bytes: every address written out again, its name quoted, is read back as it
+// was.
+
+#include <cstdint>
+#include <cstdlib>
+#include <string>
+
+#include "mail/base/sink.h"
+#include "mail/parse/mail_addr.h"
+#include "support/host.h"
+
+using namespace attalven;
+
+namespace {
+
+std::string str(const char* text) {
+    return text ? text : "";
+}
+
+std::string quoted(const std::string& name) {
+    std::string text = "\"";
+    for (char c : name) text += c == '"' || c == '\\' ? std::string("\\") + c : std::string(1, c);
+    return text + "\"";
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    cutCopy(conf.mailDomainName, "example.org");
+    std::string text(reinterpret_cast<const char*>(data), size);
+    bool isPlain = text.find("=?") == text.npos && text.find('\x1B') == text.npos;
+    OwnedAddress list(mailGetAddrList(text.c_str()));
+    for (MailAddress* a = list.get(); a; a = a->next) {
+        std::string address = str(a->mailbox) + "@" + str(a->host);
+        if (!a->host || address.find_first_of(" \r\n\"<>,;()\\") != address.npos) abort();
+        std::string name = isPlain ? str(a->name) : "";
+        if (name.size() > 300) abort();
+        if (address.size() > 300) continue;
+        OwnedAddress again(mailGetAddrList((quoted(name) + " <" + address + ">").c_str()));
+        if (!again || again->next || str(again->mailbox) != str(a->mailbox) ||
+            str(again->host) != a->host || str(again->name) != name)
+            abort();
+    }
+    return 0;
+}

@@ -1,0 +1,80 @@
+// A message of any bytes: its parts are disjoint and lie inside the file, nesting and number are
+// bounded, and the summary equals the record, whether it is read from a stream or from windows.
+
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+
+#include "mail/parse/header_lines.h"
+#include "mail/parse/mail_addr.h"
+#include "mail/parse/mail_hdr.h"
+
+using namespace attalven;
+
+namespace {
+
+void require(bool holds) {
+    if (!holds) abort();
+}
+
+int parts;
+
+/// Checks a chain of parts that must lie between `from` and `to`.
+void checkChain(const MailBody* part, int64_t from, int64_t to, int depth) {
+    require(depth <= kMaxNesting + 1);
+    for (; part; part = part->next) {
+        int64_t end = int64_t{part->bodyOffset} + part->bodySize;
+        require(from <= part->offset && part->offset <= part->bodyOffset);
+        require(part->bodySize >= 0 && end <= to);
+        require(part->type >= kUnknown && part->type <= kVideo);
+        require(++parts <= 10'002);
+        checkChain(part->child, part->bodyOffset, end, depth + 1);
+        from = end;
+    }
+}
+
+std::string shown(const HeaderSummary& s) {
+    std::string all;
+    for (const Text* t : {&s.from, &s.subject, &s.messageId}) all += std::string(t->view()) + "|";
+    return all + std::to_string(s.priority) + "|" + std::to_string(s.status) + "|" +
+           std::to_string(s.date);
+}
+
+std::string shown(const MailInfo& m) {
+    return std::string(bareAddress(m.from).view()) + "|" + (m.subject ? m.subject : "") + "|" +
+           (m.messageId ? m.messageId : "") + "|" + std::to_string(m.priority) + "|" +
+           std::to_string(m.status) + "|" + std::to_string(m.date);
+}
+
+void checkSummary(const MailInfo& m, string_view file, FILE* fp) {
+    HeaderSummary summary;
+    for (size_t n = std::min<size_t>(file.size(), 64);; n = std::min(n * 2, file.size())) {
+        bool isWhole = n == file.size();
+        if (readHeaderSummary(head(file, n), isWhole, summary) == HeaderResult::kDone) break;
+        require(!isWhole);
+    }
+    require(shown(summary) == shown(m));
+    rewind(fp);
+    LineReader reader(fp, kHeaderLineLimit);
+    readHeaderSummary(reader, summary);
+    require(shown(summary) == shown(m) && reader.position() == m.bodyOffset);
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    if (size == 0) return 0;
+    std::string file(reinterpret_cast<const char*>(data), size);
+    FILE* fp = fmemopen(file.data(), size, "r");
+    OwnedMessage top(mailGetHeaderInfo(0, static_cast<int>(size), fp));
+    checkSummary(*top, file, fp);
+    mailParseBody(top.get(), fp);
+    parts = 0;
+    checkChain(top->body->child, top->bodyOffset, static_cast<int64_t>(size), 1);
+    OwnedMessage nested(mailProcessing(0, static_cast<int>(size), "in@x", fp));
+    require(nested && nested->body);
+    fclose(fp);
+    return 0;
+}
