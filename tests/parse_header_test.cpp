@@ -66,6 +66,8 @@ TEST_F(Headers, FillTheRecordAndTheSummaryAlike) {
          "from=e to=- cc=- reply=- subject=one id=- v0 p3 s0 - - - - 0"},
         {"folding joins without a separator", "Subject: Hello \r\n\t World\r\n !\r\n\r\n",
          with("subject=-", "subject=HelloWorld!")},
+        {"folded encoded words", "Subject: =?euc-kr?B?sei1?=\n =?euc-kr?B?v8f2?=\n\n",
+         with("subject=-", "subject=\xB1\xE8\xB5\xBF\xC7\xF6")},
         {"keyword split over lines", "Sub\n ject: x\n\n", with("subject=-", "subject=x")},
         {"tabs inside a subject", "Subject: a\tb\n\n", with("subject=-", "subject=a b")},
         {"blank line ends like an empty one", "Subject: a\n \t \r\nX-Priority: 1\n\n",
@@ -121,6 +123,3 @@ TEST_F(Headers, PlaceTheBody) {
 }
 
 }  // namespace
-extern "C" __attribute__((weak)) char* mailDecodeSubject(const char* t) {
-    return strdup(t);
-}

@@ -210,6 +210,11 @@ TEST_F(Addresses, AreReadInOnePass) {
               std::string(300, 'm') + " " + std::string(300, 'm') + " example.org|");
 }
 
+TEST_F(Addresses, HaveDecodedNames) {
+    OwnedAddress list(mailGetAddrList("=?euc-kr?B?sei1v8f2?= <a@x>"));
+    EXPECT_STREQ(list->name, "\xB1\xE8\xB5\xBF\xC7\xF6");
+}
+
 TEST_F(Addresses, AreWritten) {
     OwnedAddress list(mailGetAddrList("\"A <&> B\" <a@x>, b@y"));
     EXPECT_EQ(kit::taken(mailGetStrAddr(list.get())), "\"A <&> B\" <a@x>,b@y");
@@ -266,6 +271,3 @@ TEST(Records, IndexTheLeavesDepthFirst) {
 }
 
 }  // namespace
-extern "C" __attribute__((weak)) char* mailDecodeSubject(const char* t) {
-    return strdup(t);
-}
