@@ -37,6 +37,7 @@ std::span<const Command> readCommands();
 std::span<const Command> folderCommands();
 std::span<const Command> deliverCommands();
 std::span<const Command> siteCommands();
+std::span<const Command> displayCommands();
 
 /// A decimal number of at least `least`, or a UsageError that names `what`.
 int numberOf(const std::string& text, const char* what, int least = 1);

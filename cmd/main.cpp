@@ -20,7 +20,7 @@ namespace {
 std::vector<Command> allCommands() {
     std::vector<Command> all;
     for (std::span<const Command> table :
-         {readCommands(), folderCommands(), deliverCommands(), siteCommands()})
+         {readCommands(), folderCommands(), deliverCommands(), siteCommands(), displayCommands()})
         all.insert(all.end(), table.begin(), table.end());
     return all;
 }
