@@ -4,7 +4,7 @@
 // that shows them is isolated by its response headers. Every other text of a mail stays text.
 
 #include "mail/display.h"
-#include "mail/storage.h"
+#include "mail/storage/message_text.h"
 #include "message_questions.h"
 #include "page_links.h"
 #include "support/support.h"
@@ -192,13 +192,13 @@ using namespace attalven;
 void pfnMailPriority(const char*, void** slot) {
     auto* msg = boundTo<MailInfo>(slot);
     bool named = msg && msg->priority >= 1 && msg->priority <= 5;
-    print(named ? mailGetMsg(kPriorityText + msg->priority) : "&nbsp;");
+    print(named ? messageText(kPriorityText + msg->priority) : "&nbsp;");
 }
 
 void pfnMailBodyType(const char*, void** slot) {
     auto* root = boundTo<MailBody>(slot);
     if (!root) return print("&nbsp;");
-    print(mailGetMsg(mailChkBodyType(root) == kHtmlBody ? kHtmlBodyText : kPlainBodyText));
+    print(messageText(mailChkBodyType(root) == kHtmlBody ? kHtmlBodyText : kPlainBodyText));
 }
 
 void pfnMailFromRcpt(const char*, void** slot) {
