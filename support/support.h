@@ -5,16 +5,14 @@
  * The operations that a calling program links in beside libattalven.so. libattalven_support.so is
  * one implementation; any other library with these declarations and contracts can take its place.
  *
- * Conventions
- * 1. A text is a NUL-terminated byte sequence in whatever character set its owner uses. Upper and
- *    lower case, digits and white space (blank, TAB, LF, VT, FF, CR) mean the ASCII ones whatever
- *    the locale; no operation changes the locale.
- * 2. NULL arguments are safe: an in-place operation gives NULL back, a comparison and a search read
+ * 1. A text is a NUL-terminated byte sequence in its owner's character set. Case, digits and white
+ *    space (blank, TAB, LF, VT, FF, CR) mean the ASCII ones, whatever the locale.
+ * 2. NULL arguments are safe: an in-place operation gives NULL back, comparisons and searches read
  *    NULL as the empty text, everything else gives its failure result.
  * 3. In-place operations never lengthen a text and return their argument.
- * 4. Ownership is stated in one of three phrases: "Caller frees with free()", "Borrowed: belongs to
- *    ...", "Static: valid until ...". A heap text is NULL when memory is out.
- * 5. One thread. Nothing here needs a set-up call.
+ * 4. Ownership is one of: "Caller frees with free()" (such a text is NULL when memory is out),
+ *    "Borrowed: belongs to ...", "Static: valid until ...".
+ * 5. One thread, no set-up call.
  */
 
 #include <stddef.h>
@@ -24,12 +22,9 @@
 #ifdef __cplusplus
 extern "C" {
 #endif
-#if defined(__GNUC__)
 #pragma GCC visibility push(default)
-#endif
 
 /* ---- text ---------------------------------------------------------------------------------- */
-
 /* `text`, or "" for NULL. Borrowed: belongs to the owner of `text`. */
 const char* strSafeAssign(const char* text);
 
@@ -47,21 +42,20 @@ char* strCaseStr(const char* text, const char* token);
 char* strChrNextStr(const char* text, int c);
 
 /* Takes the first word, which ends at the first byte `c` or at the end, out of `buffer`: the word
- * is returned, `buffer` keeps what follows the `c`, or becomes empty. An empty word gives NULL, and
- * its `c` is taken all the same. Caller frees with free(). */
+ * is returned, `buffer` keeps what follows the `c`, or becomes empty. An empty word gives NULL,
+ * and its `c` is taken all the same. Caller frees with free(). */
 char* strMakeWord(char* buffer, int c);
 
-/* Delete in place, wherever they stand: every CR and LF; all white space; every byte `c`. */
+/* Delete in place: every CR and LF; all white space; every byte `c`; the white space, line ends
+ * included, at the start; the same at the end. */
 char* strRmCrLf(char* text);
 char* strRmWhiteSpace(char* text);
 char* strRmChar(char* text, int c);
-
-/* Delete in place the white space, line ends included, at the start or at the end. */
 char* strRmHeadWhiteSpace(char* text);
 char* strRmTailWhiteSpace(char* text);
 
-/* In place, byte for byte: every TAB becomes a blank; A to Z become a to z. For names and keywords:
- * the second half of a two-byte character can be a letter. */
+/* In place, byte for byte: every TAB becomes a blank; A to Z become a to z. For names and
+ * keywords: the second half of a two-byte character can be a letter. */
 char* strTabToSpc(char* text);
 char* strToLwr(char* text);
 
@@ -73,34 +67,30 @@ int strChkHan(const char* text);
  * of `src` and may be `src`. Returns `dst`; NULL, with `dst` empty, when either byte is missing. */
 char* getArgs(char* dst, const char* src, const char* delimiters);
 
-/* Growable text. memStrInit() gives a new empty text; memStrCat() appends `text` and returns the
- * buffer, which may have moved. `length` (bytes without the NUL) and `capacity` (bytes allocated, a
- * multiple of `step`) belong to the caller, are 0 for a new text and are passed on unchanged.
- * Growth is geometric, so that n appends cost O(n). When memory is out, or the text would pass
- * INT_MAX, the buffer is freed, the result is NULL, and further appends to it give NULL. Caller
- * frees with free(). */
+/* Growable text: a new empty one; `text` appended to it, giving the buffer, which may have moved.
+ * `length` (bytes without the NUL) and `capacity` (bytes allocated, a multiple of `step`) are the
+ * caller's, 0 for a new text and passed on unchanged. n appends cost O(n). When memory is out, or
+ * the text would pass INT_MAX, the buffer is freed and this and all further appends give NULL.
+ * Caller frees with free(). */
 char* memStrInit(void);
 char* memStrCat(char* buffer, const char* text, int step, int* length, int* capacity);
 
 /* ---- page text ------------------------------------------------------------------------------
- *
  * Links have one canonical form, the only markup that strConvHTMLStr() lets through:
  *
  *     <A HREF="URL" TARGET="_blank" REL="noopener noreferrer">TEXT</A>
  *
- * URL is http://, https:// or ftp:// (any case) and URL bytes, or mailto: and a mail address; TEXT
- * is the same URL, without its mailto:. Neither holds a blank, a control byte, ", <, >, \, ^, `, {,
- * |, } or a byte of 0x80 or above. All operations take linear time, and give an empty text for one.
- * Two-byte characters pass whole: a byte that directly follows one of 0x80 or above never counts as
- * markup's, an address's or a blank's start where it could be a second byte, and HZ sections
- * (RFC 1843: "~{", pairs of bytes, "~}", on one line) are passed over as a unit.
- */
+ * URL is http://, https:// or ftp:// (any case) and URL bytes (RFC 3986), or mailto: and a mail
+ * address (RFC 5322 dot-atoms); TEXT is the same without mailto:. Neither holds a blank, a control
+ * byte, any of " < > \ ^ ` { | } or a byte of 0x80 or above. All operations take linear time, and
+ * give an empty text for one. Two-byte characters pass whole: a byte behind one of 0x80 or above
+ * never belongs to an address, and HZ sections (RFC 1843) are passed over as a unit. */
 
-/* New text in which web addresses and mail addresses (RFC 3986, RFC 5322 dot-atoms) are links of
- * the canonical form. Plain text and HTML alike: tags, comments, the contents of script, style,
- * title, textarea and their like, and existing anchors stay as they stand, except that an address
- * in angle brackets ("<kim@example.org>", "<http://example.org>") counts as text. Punctuation after
- * an address stays outside the link. NULL for NULL. Caller frees with free(). */
+/* New text in which web and mail addresses are links of the canonical form. Plain text and HTML
+ * alike: tags, comments, the contents of script, style, title, textarea and their like, and
+ * existing anchors stay as they stand, except that an address in angle brackets
+ * ("<kim@example.org>") counts as text. Punctuation behind an address stays outside the link, and
+ * after 20,000 links addresses stay text. Caller frees with free(). */
 char* strToHyperLink(const char* text);
 
 /* New text made fit to stand in an HTML page: &, <, > and " become character references, canonical
@@ -108,48 +98,45 @@ char* strToHyperLink(const char* text);
  * (NULL: nothing more), blanks at the start of a line and after another blank become "&nbsp;", a
  * TAB four of them, a CR alone a blank. Other control bytes are dropped. A GB2312 character of an
  * HZ section one of whose bytes is &, <, > or " becomes a numeric character reference outside the
- * section. NULL for NULL. Caller frees with free(). */
+ * section. Caller frees with free(). */
 char* strConvHTMLStr(const char* text, const char* lineBreak);
 
 /* New text in which every occurrence of `token` (exact case, left to right, not overlapping) is
  * `replacement` (NULL: nothing). An absent or empty token gives a copy. Caller frees with free().
- */
+ * */
 char* strConvTokenStr(const char* text, const char* token, const char* replacement);
 
 /* New text without HTML markup: tags, comments, declarations and the contents of script and style
- * go; everything else, character references and line ends included, stays byte for byte. Only what
- * a browser reads as a tag counts ("a < b" stays). A tag or comment that does not end reaches to
- * the end of the text. NULL for NULL. Caller frees with free(). */
+ * go, of an address in angle brackets only these; everything else, character references and line
+ * ends included, stays byte for byte. Only what a browser reads as a tag counts ("a < b" stays). A
+ * tag or comment that does not end reaches to the end of the text. Caller frees with free(). */
 char* strStripHTMLTag(const char* text);
 
 /* New text for a WML 1.1 page: < and > become character references and "$", WML's sign for
  * variables, is doubled, always; of the bytes that `chars` names, &, " and \ become character
  * references, LF becomes "<br/>" and LF (a CR before it goes), any other is dropped. Second bytes
- * of two-byte characters stay. NULL for NULL. Caller frees with free(). */
+ * of two-byte characters stay. Caller frees with free(). */
 char* strConvWMLStr(const char* text, const char* chars);
 
 /* ---- CGI ----------------------------------------------------------------------------------- */
-
-/* The request, as RFC 3875 passes it. Texts are "" when missing, over-long or (address) not made of
- * address characters; contentLength is 0 when missing, malformed or negative. */
+/* The request, as RFC 3875 passes it. Texts are "" when missing, over-long or (address) not made
+ * of address characters; contentLength is 0 when missing, malformed or negative. cgiGetEnv() fills
+ * a record. Borrowed: its texts belong to the environment. */
 typedef struct CgiEnv {
     const char *remoteAddr, *userAgent, *requestMethod, *queryString, *cookie, *contentType;
     long contentLength;
 } CgiEnv;
+void cgiGetEnv(CgiEnv* env);
 
 /* Prints "Content-Type: <contentType>" and the empty line that ends a CGI header, lines ended by
  * LF. Control bytes in the type are dropped; NULL or empty counts as application/octet-stream. A
- * text type without a charset gets "; charset=" and the page character set if the host has set one.
- */
+ * text type without a charset gets "; charset=" and the page character set if the host has set
+ * one. */
 void cgiMimeHeader(const char* contentType);
 
-/* Fills `env` from the environment. Borrowed: its texts belong to the environment. */
-void cgiGetEnv(CgiEnv* env);
-
-/* The browser's version when it names itself MSIE ("MSIE 5.5" gives 5.5), else 0. */
+/* The browser's version when it names itself MSIE ("MSIE 5.5" gives 5.5), else 0. The language of
+ * the browser's pages: 1 HTML, 2 WML (it accepts text/vnd.wap.wml and no HTML). */
 float cgiGetMSIEVer(void);
-
-/* The language of the browser's pages: 1 HTML, 2 WML (it accepts text/vnd.wap.wml and no HTML). */
 int cgiGetBrowserLangType(void);
 
 /* Value of the request's cookie `name` (exact case, the first of several, double quotes around it
@@ -158,8 +145,8 @@ int cgiGetBrowserLangType(void);
 char* cgiCkGetVal(const char* name);
 
 /* New text with every byte URL-encoded as %XX except letters, digits, "-", "_", "." and the blank,
- * which cgiSpcToPlus() then turns into "+" in place (application/x-www-form-urlencoded). NULL for
- * NULL. Caller frees with free(). */
+ * which cgiSpcToPlus() then turns into "+" in place (application/x-www-form-urlencoded). Caller
+ * frees with free(). */
 char* cgiCharToHex(const char* text);
 char* cgiSpcToPlus(char* text);
 
@@ -176,13 +163,11 @@ void htmlBodyEnd(void);
 void htmlEnd(void);
 
 /* ---- templates and message table ----------------------------------------------------------- */
-
 /* Prints a directive's output to standard output. `arg` is the directive's argument text, or NULL;
  * `slot` is the address that the table gives: of the `MailInfo *`, `MailBody *`, `MailAddress *`,
- * `MailView *`, `char *` or (pfnPrtInt) `int` that the caller has bound. A callback may change what
- * the slot holds. */
+ * `MailView *`, `char *` or (pfnPrtInt) `int` that the caller has bound, which the callback may
+ * change. A Directive is one row of a table that ends with an all-zero row. */
 typedef void (*PrintFn)(const char* arg, void** slot);
-/* One row of a directive table; an all-zero row ends the table. */
 typedef struct Directive {
     char name[52];
     PrintFn print;
@@ -192,9 +177,8 @@ typedef struct Directive {
 
 /* New text: the template file `templateName` (no path) of the language `templateLang`, from
  * conf.docRootDir "/template/" <language> <number> "/". The language is a code such as "kor" (NULL
- * or
- * "": the page's); the number is the cookie "tnum", or conf.defaultTemplateNum when that is 0 or
- * its folder lacks the file. NULL when there is no such file. Caller frees with free(). */
+ * or "": the page's); the number is the cookie "tnum", or conf.defaultTemplateNum when that is 0
+ * or its folder lacks the file. NULL when there is no such file. Caller frees with free(). */
 char* getTemplateStr(const char* templateName, const char* templateLang);
 
 /* The page's language: 1 English, 2 Japanese, 3 Chinese, 4 Korean; from the cookie "lang" (its
@@ -207,8 +191,8 @@ int getTemplateLang(void);
  * without either it prints nothing. Anything else, a "[%" without end included, is copied. */
 void strmParseDirective(FILE* file, const Directive* table);
 
-/* Directives for plain values: print the text *slot as it stands, or the int at slot in decimal.
- * A NULL slot or text prints nothing. */
+/* Directives for plain values: print the text *slot as it stands, or the int at slot in decimal. A
+ * NULL slot or text prints nothing. */
 void pfnPrtStr(const char* arg, void** slot);
 void pfnPrtInt(const char* arg, void** slot);
 
@@ -220,7 +204,6 @@ void pfnPrtInt(const char* arg, void** slot);
 char* msgGet(const char* directory, int number, int language);
 
 /* ---- files --------------------------------------------------------------------------------- */
-
 /* 1 when something exists at the path (symbolic links followed), else 0. */
 int chkExistFile(const char* path);
 
@@ -257,55 +240,58 @@ long fileStrmGetSize(FILE* stream);
  * Borrowed: belongs to the owner of `path`. */
 char* fileGetNameFromFilePath(const char* path);
 
-/* Space that unprivileged processes have left on the directory's file system, in MiB (1,048,576
- * bytes, rounded down, at most UINT_MAX); 0 when the directory does not exist. */
+/* Space left for unprivileged processes on the directory's file system, in MiB (2^20 bytes, rounded
+ * down, at most UINT_MAX); 0 when the directory does not exist. */
 unsigned int getDiskFreeSize(const char* directory);
 
 /* ---- sockets ------------------------------------------------------------------------------- */
-
+/* Connects to a port of a host by TCP: name or address, IPv4 and IPv6, with time limits on
+ * connecting, reading and writing. The descriptor, negative on failure; sockClose() closes it. A
+ * peer that goes away never raises SIGPIPE. sockGetStatCode() reads one whole SMTP reply (RFC 5321,
+ * 4.2), continuation lines included: its code, 0 when the peer is gone or talks something else. */
 int sockConnect(const char* host, int port);
 int sockGetStatCode(FILE* stream);
 void sockClose(int fd);
 
 /* ---- dates, random numbers, system ---------------------------------------------------------- */
-
-/* Names of days, Sunday first, and of months, January first; a NULL ends each. The English ones are
- * those of RFC 5322 ("Sun", "Jan"); the Korean ones are single syllables in EUC-KR. */
+/* Names of days, Sunday first, and of months, January first; a NULL ends each. The English ones
+ * are those of RFC 5322 ("Sun", "Jan"); the Korean ones are single syllables in EUC-KR. */
 extern const char* const week_eng[];
 extern const char* const week_kor[];
 extern const char* const month_eng[];
 
-/* Local time: the time value of a date (month 1 to 12; values beyond a unit's range carry over), -1
- * when it cannot be represented; and the year, the month (1 to 12) and the day (1 to 31) of a time
- * value, 0 when it has none. */
+/* Local time: the time value of a date (month 1 to 12; values beyond a unit's range carry over),
+ * -1 when there is none; year, month (1 to 12) and day (1 to 31) of a time value, 0 when it has
+ * none. */
 time_t getTs(int year, int month, int day, int hour, int minute, int second);
 int getYear(time_t t);
 int getMonth(time_t t);
 int getDay(time_t t);
 
-/* Random integer from 0 to n - 1, evenly distributed and not predictable; 0 for n of 1 or less.
- * initRandom() seeds; getRandom() works without it. */
+/* Seeds the generator, which works without it too; an even, unpredictable integer from 0 to n - 1,
+ * 0 for n of 1 or less. */
 void initRandom(void);
 int getRandom(int n);
 
 /* Short name of the operating system, such as "Linux". Static: valid until the next call. */
 char* getUnixName(void);
 
-/* The user id that an authentication code carries, if it was made with `key` and has not expired;
- * NULL for anything else. How codes are made is the implementation's (here: auth_code.h). Static:
- * valid until the next call. */
+/* The user id that an authentication code carries if it was made with `key` and has not expired,
+ * else NULL. Codes are made as the implementation has it (here: auth_code.h). Static: valid until
+ * the next call. */
 char* strGetAuthCodeVal(const char* authCode, const char* key);
 
-/* ---- character-set converter: the contract of POSIX iconv ------------------------------------ */
-
+/* ---- character-set converter ---------------------------------------------------------------- */
+/* The contract of POSIX iconv_open(), iconv() and iconv_close(), errno included. Names are matched
+ * ignoring case: those of the page and mail character sets (EUC-KR, ISO-2022-KR, SHIFT-JIS,
+ * EUC-JP, ISO-2022-JP, GB2312, HZ, BIG5, UTF-8, UTF-7, ISO-8859-n, US-ASCII) and the aliases that
+ * mail uses. A conversion from a set to itself checks that the text is valid in it. */
 typedef void* msiconv_t;
 msiconv_t msiconv_open(const char* target, const char* source);
 size_t msiconv(msiconv_t cd, char** in, size_t* inLeft, char** out, size_t* outLeft);
 int msiconv_close(msiconv_t cd);
 
-#if defined(__GNUC__)
 #pragma GCC visibility pop
-#endif
 #ifdef __cplusplus
 }
 #endif
