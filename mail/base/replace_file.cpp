@@ -13,7 +13,7 @@
 
 #include "bounded_text.h"
 #include "descriptor.h"
-#include "ignore_signal.h"
+#include "hold_signals.h"
 
 namespace attalven {
 
@@ -83,7 +83,7 @@ Replaced createFile(const char* path, string_view content) {
 }  // namespace
 
 Replaced replaceFile(const char* path, string_view content) {
-    IgnoreSignal sizeLimit(SIGXFSZ);
+    HoldSignals hold;
     Descriptor fd(open(path, O_WRONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
     if (!fd) return errno == ENOENT ? createFile(path, content) : Replaced::kNotOpened;
     struct stat old;
