@@ -1,0 +1,81 @@
+// The commands for sites, users and settings, as an operator runs them.
+
+#include <cstdlib>
+#include <filesystem>
+
+#include "kit/site.h"
+
+namespace {
+
+class SiteCommand : public kit::Site {
+  protected:
+    SiteCommand() { setenv("ATTALVEN_SITE", site().c_str(), 1); }
+    std::string site() const { return dir + "/site"; }
+    /// Exit code and output, both streams, of "attalven <arguments>".
+    static std::string run(const std::string& arguments) {
+        FILE* pipe = popen((BIN_DIR "/attalven " + arguments + " 2>&1").c_str(), "r");
+        if (!pipe) abort();
+        std::string output;
+        for (int c; (c = fgetc(pipe)) != EOF;) output += static_cast<char>(c);
+        return std::to_string(WEXITSTATUS(pclose(pipe))) + " " + output;
+    }
+};
+
+TEST_F(SiteCommand, MakesASiteThatTheLibraryReads) {
+    EXPECT_EQ(
+        run("site init " + site() + " --host web.example.org --domain example.org --lang kor"),
+        "0 " + site() +
+            ": a site for mail of example.org\nuse it:  export ATTALVEN_SITE=" + site() + "\n");
+    std::string text = kit::readFile(site() + "/conf/attalven.conf");
+    EXPECT_NE(text.find("HOST_NAME = web\nDOMAIN_NAME = example.org\n"), std::string::npos);
+    snprintf(conf.rootDir, sizeof conf.rootDir, "%s", site().c_str());
+    setenv("HTTP_COOKIE", "lang=kor", 1);
+    EXPECT_STREQ(mailGetMsg(83), "\xba\xb8\xc5\xeb");  // "normal" in EUC-KR
+    EXPECT_STREQ(mimeGetType("a.jpg"), "image/jpeg");
+    EXPECT_EQ(run("site init " + site()), "1 attalven site: " + site() + " is not empty\n");
+}
+
+TEST_F(SiteCommand, UsersAndTheirSettings) {
+    ASSERT_EQ(run("site init " + site() + " --host mail.example.org").substr(0, 1), "0");
+    const struct {
+        const char* label;
+        std::string command, expected;
+    } rows[] = {
+        {"nobody yet", "user show kim",
+         "1 attalven user: no user \"kim\" of example.org: " + site() +
+             "/mbox/k/i/kim does not exist (attalven user add)\n"},
+        {"made", "user add kim",
+         "0 kim@example.org: mail arrives in " + site() + "/spool/k/i/kim\n"},
+        {"of another domain", "user add kim --domain b.example",
+         "0 kim@b.example: mail arrives in " + site() + "/spool/b.example/k/i/kim\n"},
+        {"bad id", "user add ../k",
+         "1 attalven user: \"../k\" is no user id here: 2 to 15 small letters, "
+         "digits, dots, "
+         "hyphens, underscores\n"},
+        {"bad domain", "user add kim --domain ../b.example",
+         "1 attalven user: \"../b.example\" is no domain name (letters, digits, "
+         "dots and "
+         "hyphens)\n"},
+        {"set", "prefs set kim page_size=33 'EMAIL_NAME=Kim Lee'", "0 "},
+        {"a key is whole", "prefs set kim PAGE_SIZES=1",
+         "1 attalven prefs: no setting \"PAGE_SIZES\"; \"attalven prefs show\" "
+         "lists them\n"},
+        {"site", "prefs set QUOTA=9", "0 "},
+    };
+    for (const auto& r : rows) EXPECT_EQ(run(r.command), r.expected) << r.label;
+    std::string settings = kit::readFile(site() + "/mbox/k/i/kim/preference.ini");
+    EXPECT_EQ(run("prefs show kim"), "0 " + settings);
+    EXPECT_NE(settings.find("EMAIL_NAME = Kim Lee\n"), std::string::npos);
+    EXPECT_NE(settings.find("PAGE_SIZE = 33\n"), std::string::npos);
+    EXPECT_EQ(run("prefs show").substr(0, 12), "0 QUOTA = 9\n");
+    kit::writeFile(site() + "/spool/k/i/kim", "From a@example.org\nSubject: x\n\nbody\n");
+    EXPECT_EQ(run("user show kim"), "0 user     kim@example.org\nmailbox  " + site() +
+                                        "/mbox/k/i/kim\nspool    " + site() +
+                                        "/spool/k/i/kim, 36 bytes\nnew      1\n");
+    EXPECT_EQ(run("prefs set kim").substr(0, 2), "2 ");
+    EXPECT_EQ(run("user rename kim").substr(0, 2), "2 ");
+    setenv("ATTALVEN_SITE", dir.c_str(), 1);
+    EXPECT_EQ(run("prefs show").substr(0, 26), "1 attalven prefs: no site:");
+}
+
+}  // namespace
