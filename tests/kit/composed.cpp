@@ -24,7 +24,8 @@ std::string masked(std::string message) {
     using std::regex;
     const std::string clock = "\\d\\d:\\d\\d:\\d\\d";
     message = std::regex_replace(
-        message, regex("(^From [^ ]+) \\w{3} \\w{3} \\d\\d " + clock + " \\d{4}\n"), "$1 DATE\n");
+        message, regex("(^|\n)(From [^ ]+) \\w{3} \\w{3} \\d\\d " + clock + " \\d{4}\n"),
+        "$1$2 DATE\n");
     message = std::regex_replace(
         message, regex("\nDate: \\w{3}, \\d+ \\w{3} \\d{4} " + clock + " [+-]\\d{4}\n"),
         "\nDate: DATE\n");
