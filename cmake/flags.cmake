@@ -16,5 +16,5 @@ if(ATTALVEN_SANITIZE)
     add_link_options(-fsanitize=${ATTALVEN_SANITIZE})
 else()
     # Fortified calls need optimisation, and hide from the sanitizers.
-    target_compile_options(attalven_warnings INTERFACE $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2>)
+    target_compile_options(attalven_freestanding INTERFACE $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2>)
 endif()
