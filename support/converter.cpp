@@ -205,18 +205,17 @@ Converter* openNew(string_view target, string_view source) {
 using namespace attalven::converter;
 
 msiconv_t msiconv_open(const char* target, const char* source) {
-    const auto none = reinterpret_cast<msiconv_t>(-1);
-    if (!target || !source || !isCharsetName(target) || !isCharsetName(source)) {
-        errno = EINVAL;
-        return none;
+    if (target && source) {
+        const string_view to(target), from(source);
+        if (Converter* converter = takeIdle(to, from)) {
+            converter->reset();
+            return converter;
+        }
+        if (isCharsetName(to) && isCharsetName(from))
+            if (Converter* converter = openNew(to, from)) return converter;
     }
-    Converter* converter = takeIdle(target, source);
-    if (converter) {
-        converter->reset();
-        return converter;
-    }
-    converter = openNew(target, source);
-    return converter ? converter : none;
+    errno = EINVAL;
+    return reinterpret_cast<msiconv_t>(-1);
 }
 
 size_t msiconv(msiconv_t cd, char** in, size_t* inLeft, char** out, size_t* outLeft) {

@@ -8,8 +8,14 @@
 #include "converter_pair.h"
 
 #include <algorithm>
+#include <bit>
 #include <cerrno>
+#include <cstddef>
 #include <cstring>
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 
 namespace attalven::converter {
 namespace {
@@ -27,18 +33,23 @@ Block load(const char* p) {
     return b;
 }
 
-bool any(Block mask) {
-    uint64_t half[2];
-    memcpy(half, &mask, sizeof half);
-    return (half[0] | half[1]) != 0;
+/// One bit for each lane of a comparison that is true.
+template <typename Lanes>
+unsigned bitsOf(Lanes lanes) {
+#if defined(__SSE2__)
+    return static_cast<unsigned>(_mm_movemask_epi8((__m128i)lanes));
+#else
+    unsigned bits = 0;
+    for (unsigned i = 0; i < sizeof lanes; i++) bits |= (lanes[i] ? 1u : 0u) << i;
+    return bits;
+#endif
 }
+
+constexpr size_t aheadMost = 4096;  // a quarter of what is screened at a time
 
 struct Range {
     Byte first, span;  // the bytes first to first + span
-    template <typename T>
-    auto holds(T byte) const {
-        return static_cast<T>(byte - first) <= span;
-    }
+    auto lanes(Block b) const { return b - first <= span; }
 };
 /// The bytes that stop each screen, as characters of their own or as lead bytes.
 constexpr Range screened[][3] = {
@@ -49,14 +60,15 @@ constexpr Range screened[][3] = {
     {{0x80, 0x20}, {0xC6, 0x02}, {0xFA, 0x04}},  // big5
 };
 
-const char* findByte(const char* p, const char* end, const Range (&r)[3]) {
-    for (; end - p >= 16; p += 16) {
-        Block b = load(p);
-        if (any((Block)(r[0].holds(b) | r[1].holds(b) | r[2].holds(b)))) break;
+/// Which of the next 16 bytes stop the screen; bytes behind the end stop none.
+unsigned screenedBits(const char* p, const char* end, const Range (&r)[3]) {
+    char last[16] = {};
+    if (end - p < 16) {
+        memcpy(last, p, static_cast<size_t>(end - p));
+        p = last;
     }
-    while (p < end && !r[0].holds(byteAt(p)) && !r[1].holds(byteAt(p)) && !r[2].holds(byteAt(p)))
-        p++;
-    return p;
+    Block b = load(p);
+    return bitsOf(r[0].lanes(b) | r[1].lanes(b) | r[2].lanes(b));
 }
 
 bool isLead(Byte b, Screen screen) {
@@ -97,10 +109,10 @@ void Pair::close() {
 }
 
 /// A conversion from a set to itself is a check of its strict form. Escape sequences of a shifting
-/// target would be written twice by two handles.
+/// target would be written twice by two handles; HZ holds nothing beyond its strict table.
 bool Pair::hasWide() const {
-    return to_ != from_ && (from_->wideRead || to_->wideWrite) && isBytewise(to_->shape) &&
-           isBytewise(from_->shape);
+    return to_ != from_ && (from_->wideRead || to_->wideWrite) && isBytewise(from_->shape) &&
+           to_->shape == Shape::stateless;
 }
 
 bool Pair::openWide() {
@@ -117,13 +129,17 @@ bool Pair::openWide() {
 void Pair::copyAscii(char** in, size_t* inLeft, char** out, size_t* outLeft) const {
     if (!isBytewise(from_->shape) || !isBytewise(to_->shape)) return;
     size_t most = std::min(*inLeft, *outLeft), n = 0;
-    constexpr Block high = {0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80,
-                            0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80};
-    while (most - n >= 16 && !any(load(*in + n) & high)) n += 16;
+    while (most - n >= 16 && !bitsOf(load(*in + n) > 0x7F)) n += 16;
     while (n < most && byteAt(*in + n) < 0x80) n++;
     memcpy(*out, *in, n);
     *in += n, *inLeft -= n;
     *out += n, *outLeft -= n;
+}
+
+Pair::Next Pair::readerOf(char c, Screen screen) {
+    if (screen == Screen::shiftJis) return Next::itself;
+    if (byteAt(&c) == 0x80) return Next::invalid;
+    return screen == Screen::korean ? Next::wide : Next::wideOrStrict;
 }
 
 /// The first character from `scan` on that is not left to the strict table; `from` is a character's
@@ -132,15 +148,17 @@ Pair::Stop Pair::findStop(const char* from, const char* scan, const char* end) c
     Screen screen = from_->screen;
     if (screen == Screen::none || (screen == Screen::shiftJis && to_->shape == Shape::other))
         return {end, Next::strict};
-    for (const char* p = scan;; from = ++p) {
-        p = findByte(p, end, screened[static_cast<size_t>(screen)]);
-        if (p == end) return {end, Next::strict};
-        if (screen == Screen::japanese) return {p, Next::invalid};
-        if (!startsCharacter(from, p, screen)) continue;
-        if (screen == Screen::shiftJis) return {p, Next::itself};
-        if (byteAt(p) == 0x80) return {p, Next::invalid};
-        return {p, screen == Screen::korean ? Next::wide : Next::wideOrStrict};
+    for (const char* block = scan; block < end;
+         block += std::min<std::ptrdiff_t>(16, end - block)) {
+        unsigned bits = screenedBits(block, end, screened[static_cast<size_t>(screen)]);
+        for (; bits; bits &= bits - 1) {
+            const char* p = block + std::countr_zero(bits);
+            if (screen == Screen::japanese) return {p, Next::invalid};
+            if (startsCharacter(from, p, screen)) return {p, readerOf(*p, screen)};
+            from = p + 1;
+        }
     }
+    return {end, Next::strict};
 }
 
 /// The strict table over the first `size` bytes.
@@ -204,10 +222,11 @@ size_t Pair::convert(char** in, size_t* inLeft, char** out, size_t* outLeft) {
     Stop stop = {*in, Next::strict};
     for (size_t inexact = 0;;) {
         const char* end = *in + *inLeft;
-        // Every character of a screened set gives a byte of output or more, so the strict table
-        // gets no further than this in one go.
-        bool whole = from_->screen == Screen::none || *outLeft >= *inLeft;
-        size_t most = whole ? *inLeft : 4 * *outLeft + 16;
+        // Screening goes no further ahead than the cache holds, and than the strict table can get:
+        // every character of a screened set gives a byte of output or more.
+        size_t most = *inLeft;
+        if (from_->screen != Screen::none)
+            most = std::min(std::min(*outLeft, aheadMost) * 4 + 16, most);
         const char* window = *in + std::min(*inLeft, most);
         if (stop.next == Next::strict || stop.at < *in)
             stop = findStop(*in, std::max<const char*>(*in, stop.at), window);

@@ -31,6 +31,7 @@ class Pair {
     bool hasWide() const;
     bool openWide();
     void copyAscii(char** in, size_t* inLeft, char** out, size_t* outLeft) const;
+    static Next readerOf(char c, Screen screen);
     Stop findStop(const char* from, const char* scan, const char* end) const;
     size_t strict(char** in, size_t size, size_t* inLeft, char** out, size_t* outLeft);
     bool readWide(char** in, size_t* inLeft, char** out, size_t* outLeft);

@@ -27,8 +27,8 @@ constexpr Charset iso2022Jp1 = {
     .read = "ISO-2022-JP-2", .write = "ISO-2022-JP", .shape = Shape::shifting};
 constexpr Charset iso2022Jp2 = {
     .read = "ISO-2022-JP-2", .write = "ISO-2022-JP-2", .shape = Shape::shifting};
-constexpr Charset iso2022Kr = {
-    .read = "ISO-2022-KR", .write = "ISO-2022-KR", .shape = Shape::shifting};
+// Its header sequence must come once only, so nobody but the C library may end its shift state.
+constexpr Charset iso2022Kr = {.read = "ISO-2022-KR", .write = "ISO-2022-KR"};
 constexpr Charset ascii = plain("US-ASCII");
 constexpr Charset utf8 = plain("UTF-8");
 constexpr Charset latin1 = plain("ISO-8859-1");

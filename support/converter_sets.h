@@ -12,7 +12,7 @@ namespace attalven::converter {
 enum class Shape : uint8_t {
     other,      // nothing is known: the C library alone converts
     stateless,  // a byte below 0x80 that starts a character is ASCII
-    shifting,   // ISO-2022: ASCII in the initial state, escape sequences leave it
+    shifting,   // ISO-2022-JP: ASCII in the initial state, escape sequences leave it
     hz,         // ASCII with "~{" and "~}" around GB2312 (RFC 1843)
 };
 

@@ -4,6 +4,8 @@
 
 #include "charset_table.h"
 
+#include <array>
+
 namespace attalven {
 namespace {
 
@@ -66,18 +68,23 @@ constexpr string_view kDenied[] = {"ISO2022CNEXT", "IBM1364",   "CP1364",     "C
                                    "IBM1390",      "CP1390",    "CSIBM1390",  "IBM1399",
                                    "CP1399",       "CSIBM1399", "ISO2022JP3", "UTF7IMAP"};
 
-bool isDenied(string_view name) {
-    for (string_view denied : kDenied) {
-        size_t matched = 0;
-        for (char c : name) {
-            if (c == '-' || c == '_') continue;
-            if (matched == denied.size() || toLower(c) != toLower(denied[matched])) break;
-            matched++;
-        }
-        if (matched == denied.size()) return true;
+bool startsDenied(string_view name, string_view denied) {
+    size_t matched = 0;
+    for (char c : name) {
+        if (c == '-' || c == '_') continue;
+        if (toLower(c) != toLower(denied[matched])) return false;
+        if (++matched == denied.size()) return true;
     }
     return false;
 }
+
+constexpr auto kNameBytes = [] {
+    std::array<bool, 256> legal{};
+    for (char c : string_view("._:+-")) legal[byteOf(c)] = true;
+    for (unsigned c = 0; c < 128; c++)
+        if (isAlpha(static_cast<char>(c)) || isDigit(static_cast<char>(c))) legal[c] = true;
+    return legal;
+}();
 
 }  // namespace
 
@@ -98,12 +105,12 @@ string_view utfPageCharset(string_view name) {
 }
 
 bool isCharsetName(string_view name) {
-    constexpr string_view marks = "._:+-";
-    bool legal = !name.empty() && name.size() <= 64 &&
-                 std::all_of(name.begin(), name.end(), [marks](char c) {
-                     return isAlpha(c) || isDigit(c) || marks.find(c) != string_view::npos;
-                 });
-    return legal && !isDenied(name);
+    if (name.empty() || name.size() > 64) return false;
+    for (char c : name)
+        if (!kNameBytes[byteOf(c)]) return false;
+    for (string_view denied : kDenied)
+        if (startsDenied(name, denied)) return false;
+    return true;
 }
 
 }  // namespace attalven
