@@ -63,8 +63,9 @@ void toPageCharSet(OwnedText& text, const char* charSet) {
 /// the page's own links.
 void linkInlineParts(OwnedText& text, const char* cidPrefix) {
     constexpr string_view kReference = "cid:";
+    string_view body = text.get();
     size_t room = kMaxReferenceBytes, length = strlen(cidPrefix);
-    for (const char* at = text.get(); (at = strstr(at, kReference.data()));
+    for (size_t at = 0; (at = body.find(kReference, at)) != string_view::npos;
          at += kReference.size()) {
         if (room < length) return;
         room -= length;

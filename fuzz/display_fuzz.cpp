@@ -1,0 +1,87 @@
+// A message of any bytes, shown and downloaded. Byte 1 stands for a marker: whatever the mail says
+// in its names and plain text, no page holds the marker as markup, and no name leaves its header
+// line.
+
+#include <cstdlib>
+#include <cstring>
+#include <string>
+
+#include "mail/mail.h"
+
+namespace {
+
+constexpr char kMarker[] = "<x-mark\">";
+
+template <typename Call>
+std::string outputOf(Call call) {
+    char* text = nullptr;
+    size_t size = 0;
+    FILE* saved = stdout;
+    stdout = open_memstream(&text, &size);
+    call();
+    fclose(stdout);
+    stdout = saved;
+    std::string out(text, size);
+    free(text);
+    return out;
+}
+
+void require(bool holds) {
+    if (!holds) abort();
+}
+
+std::string printed(void (*callback)(const char*, void**), void* bound, const char* arg = nullptr) {
+    return outputOf([&] { callback(arg, &bound); });
+}
+
+/// Bodies that are shown as they stand: HTML, reports, subtypes without page form, and texts with
+/// references to inline parts.
+bool isShownRaw(MailBody* part, FILE* fp) {
+    if (part->type == 4 || !part->subType || strcasecmp(part->subType, "plain") != 0) return true;
+    char* text = mailDecode(part, 1, nullptr, fp);
+    bool refers = text && strstr(text, "cid:");
+    free(text);
+    return refers;
+}
+
+void checkDownload(MailInfo* msg, MailBody* part, FILE* fp) {
+    if (!part->fileName) return;
+    std::string out = outputOf([&] { mailSaveAttachFile(msg, 0, part->fileName, 0, fp); });
+    constexpr char kType[] = "Content-Type: application/octet-stream\nContent-disposition: ";
+    require(out.starts_with(kType));
+    size_t end = out.find("\n", sizeof kType - 1);
+    require(end != out.npos && out[end + 1] == '\n');
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, size_t size) {
+    std::string message;
+    for (size_t i = 0; i < size; i++)
+        data[i] == 1 ? message += kMarker : message += static_cast<char>(data[i]);
+    FILE* fp = fmemopen(message.data(), message.size(), "r");
+    if (!fp) return 0;
+    MailInfo* msg = mailProcessing(0, static_cast<int>(message.size()), "", fp);
+    MailView view = {};
+    view.message = msg->body;
+    view.file = &fp;
+    view.msgId = msg->messageId;
+    std::string page = printed(pfnAddrComboBoxList, msg->from) +
+                       printed(pfnAddrComboBoxList, msg->to, "ENCODE") +
+                       printed(pfnMailFromRcpt, msg->cc) + printed(pfnWAPAddrList, msg->replyTo);
+    std::string body = printed(pfnMailBody, &view);
+    bool raw = false;
+    MailBodyList** index = mailGetBody(msg->body);
+    for (MailBodyList** e = index; e && *e; e++) {
+        checkDownload(msg, (*e)->body, fp);
+        raw |= (*e)->body->type != 3 && isShownRaw((*e)->body, fp);
+    }
+    require((raw ? page : page + body).find(kMarker) == page.npos);
+    printed(pfnWAPMailBody, &view);
+    outputOf([&] { mailSaveMailBody(msg, 0, fp); });
+    mailAttachListFree(mailGetAttachList(msg, 0, fp));
+    mailFreeBodyIdx(index);
+    mailFree(&msg);
+    fclose(fp);
+    return 0;
+}
