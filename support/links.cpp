@@ -9,6 +9,7 @@
 #include "link_text.h"
 #include "mail/base/text.h"
 #include "markup.h"
+#include "safe_result.h"
 #include "support.h"
 
 using namespace attalven;
@@ -41,7 +42,7 @@ class Linker {
             }
         }
         copyUpTo(s_.size());
-        return out_.take();
+        return takeSafely(out_);
     }
 
   private:

@@ -13,6 +13,7 @@
 #include "link_text.h"
 #include "mail/base/text.h"
 #include "markup.h"
+#include "safe_result.h"
 #include "support.h"
 
 using namespace attalven;
@@ -110,7 +111,7 @@ class HtmlWriter {
             at_ = end;
             if (at_ < s_.size()) special(s_[at_]);
         }
-        return out_.take();
+        return takeSafely(out_);
     }
 
   private:

@@ -82,9 +82,10 @@ char* memStrCat(char* buffer, const char* text, int step, int* length, int* capa
  *
  * URL is http://, https:// or ftp:// (any case) and URL bytes (RFC 3986), or mailto: and a mail
  * address (RFC 5322 dot-atoms); TEXT is the same without mailto:. Neither holds a blank, a control
- * byte, any of " < > \ ^ ` { | } or a byte of 0x80 or above. All operations take linear time, and
- * give an empty text for one. Two-byte characters pass whole: a byte behind one of 0x80 or above
- * never belongs to an address, and HZ sections (RFC 1843) are passed over as a unit. */
+ * byte, any of " < > \ ^ ` { | } or a byte of 0x80 or above. All operations take linear time,
+ * give an empty text for one, and the first two also when memory is out: never unescaped text.
+ * Two-byte characters pass whole: a byte behind one of 0x80 or above never belongs to an address,
+ * and HZ sections (RFC 1843) are passed over as a unit. */
 
 /* New text in which web and mail addresses are links of the canonical form. Plain text and HTML
  * alike: tags, comments, the contents of script, style, title, textarea and their like, and
