@@ -35,6 +35,7 @@ struct Failure : std::runtime_error {
 
 std::span<const Command> readCommands();
 std::span<const Command> folderCommands();
+std::span<const Command> composeCommands();
 std::span<const Command> deliverCommands();
 std::span<const Command> siteCommands();
 std::span<const Command> displayCommands();

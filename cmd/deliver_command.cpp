@@ -3,11 +3,27 @@
 #include <cstring>
 
 #include "commands.h"
+#include "deliver.h"
 #include "mail/mail.h"
 #include "open_folder.h"
 #include "support/sock.h"
 
 namespace cmd {
+
+int deliver(FILE* message, const std::string& from, const std::string& to, const Outlet& outlet) {
+    if (!outlet.helo.empty()) sockUseSmtpAdapter(outlet.helo.c_str());
+    std::string server = outlet.server.empty() ? mailGetFastestSmtpServer() : outlet.server;
+    MailSendResult* results =
+        mailRFC822MsgSender(from.c_str(), to.c_str(), "", server.c_str(), message);
+    if (!results) throw Failure("no memory");
+    int code = results->address ? kDone : kFailed;
+    for (MailSendResult* r = results; r->address; r++) {
+        printf("%s %d\n", r->address, r->code);
+        if (r->code / 100 != 2) code = kFailed;
+    }
+    mailComposeSendResultFree(results);
+    return code;
+}
 
 namespace {
 
@@ -37,18 +53,7 @@ int deliverCommand(const Args& args) {
     if (!message || fflush(message.get()) != 0 || ferror(message.get()))
         throw Failure("no room for the message");
     if (total == 0) throw Failure("standard input holds no message");
-    if (!helo.empty()) sockUseSmtpAdapter(helo.c_str());
-    if (server.empty()) server = mailGetFastestSmtpServer();
-    MailSendResult* results =
-        mailRFC822MsgSender(from.c_str(), to.c_str(), "", server.c_str(), message.get());
-    if (!results) throw Failure("no memory");
-    int code = results->address ? kDone : kFailed;
-    for (MailSendResult* r = results; r->address; r++) {
-        printf("%s %d\n", r->address, r->code);
-        if (r->code / 100 != 2) code = kFailed;
-    }
-    mailComposeSendResultFree(results);
-    return code;
+    return deliver(message.get(), from, to, {server, helo});
 }
 
 constexpr Command kCommands[] = {

@@ -19,8 +19,8 @@ namespace {
 
 std::vector<Command> allCommands() {
     std::vector<Command> all;
-    for (std::span<const Command> table :
-         {readCommands(), folderCommands(), deliverCommands(), siteCommands(), displayCommands()})
+    for (std::span<const Command> table : {readCommands(), folderCommands(), composeCommands(),
+                                           deliverCommands(), siteCommands(), displayCommands()})
         all.insert(all.end(), table.begin(), table.end());
     return all;
 }

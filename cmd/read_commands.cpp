@@ -87,7 +87,7 @@ void printPart(const MailBody* b, int depth, int number, std::string_view charse
     printf("%s/%s", typeName(b), b->subType ? b->subType : "");
     if (number >= 0) printf(" %s, %d bytes at %d", encodingName(b), b->bodySize, b->bodyOffset);
     if (b->charSet) printf(", charset %s", printable(b->charSet).c_str());
-    if (b->fileName) printf(", name \"%s\"", printable(toUtf8(b->fileName, charset)).c_str());
+    if (b->fileName) printf(", name \"%s\"", printable(pageToUtf8(b->fileName, charset)).c_str());
     if (b->contentId) printf(", id %s", printable(b->contentId).c_str());
     putchar('\n');
 }

@@ -72,6 +72,16 @@ std::string toUtf8(std::string_view text, std::string_view charset) {
     return source;
 }
 
+std::string pageToUtf8(std::string_view text, std::string_view charset) {
+    std::string set(charset), source(text);
+    if (set.size() < 4 || strncasecmp(set.c_str(), "utf-", 4) != 0)
+        return toUtf8(text, getDefaultCharSet(set.c_str()));
+    for (const char* page : {"EUC-KR", "SHIFT-JIS", "GB2312", "BIG5"})
+        if (HeapText converted{strConvCharSet("UTF-8", page, source.c_str())})
+            return converted.get();
+    return toUtf8(text, "");
+}
+
 std::string printable(std::string text) {
     for (char& c : text)
         if ((static_cast<unsigned char>(c) < 0x20 && c != '\n' && c != '\t') || c == 0x7F) c = '?';

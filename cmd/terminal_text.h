@@ -13,6 +13,9 @@ namespace cmd {
 /// `text` in character set `charset` as UTF-8; undecodable text keeps its ASCII bytes, the others
 /// become "?".
 std::string toUtf8(std::string_view text, std::string_view charset);
+/// A text that the library decoded out of mail in `charset`, as UTF-8: it is in the page character
+/// set of that family, for "utf-..." in the first of four that can hold it.
+std::string pageToUtf8(std::string_view text, std::string_view charset);
 /// Control bytes other than LF and TAB replaced by "?", so that a mail cannot drive the terminal.
 std::string printable(std::string text);
 
