@@ -88,9 +88,9 @@ bool ContentWriter::copyMessage(const MessageSpan& message, string_view status) 
     return copy(at, message.end() - at);
 }
 
-bool beginsMessage(Range range, Blocks& blocks) {
+std::optional<bool> beginsMessage(Range range, Blocks& blocks) {
     size_t n = static_cast<size_t>(std::min<int64_t>(range.size, 2 * kFromLineLimit));
-    if (!readAt(range.fd, range.offset, blocks.first.get(), n)) return false;
+    if (!readAt(range.fd, range.offset, blocks.first.get(), n)) return std::nullopt;
     string_view text(blocks.first.get(), n);
     text = tail(text, text.find_first_not_of("\r\n"));
     size_t lf = text.find('\n');

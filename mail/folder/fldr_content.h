@@ -37,8 +37,9 @@ class ContentWriter {
     int64_t written_ = 0;
 };
 
-/// Whether a From_ line stands at the start of the range, apart from empty lines before it.
-bool beginsMessage(Range range, Blocks& blocks);
+/// Whether a From_ line stands at the start of the range, apart from empty lines before it. Nothing
+/// when it cannot be read.
+std::optional<bool> beginsMessage(Range range, Blocks& blocks);
 
 }  // namespace attalven
 

@@ -132,7 +132,8 @@ bool InPlaceCopy::isComplete() {
 bool InPlaceCopy::absorbNewMail() {
     int64_t from = journal.copySize(), to = folderSize();
     Range mail = {folder, from, to - from};
-    if (!beginsMessage(mail, blocks) && !keepAside(path, {folder, 0, to}, blocks)) return false;
+    std::optional<bool> isMail = beginsMessage(mail, blocks);
+    if (!isMail || (!*isMail && !keepAside(path, {folder, 0, to}, blocks))) return false;
     if (!copyRange(mail, marker, journal.newSize, blocks) || fsync(marker) != 0) return false;
     Journal before = journal;
     journal.oldSize = to;

@@ -16,6 +16,8 @@ namespace {
 
 using Line = BoundedText<200>;
 
+constexpr string_view kFreshEnding = ".tmp.j.new";
+
 Line lineOf(const Journal& j) {
     char fields[160];
     int n = snprintf(fields, sizeof fields, "folder-rewrite-1 %c %" PRId64 " %" PRId64, j.phase,
@@ -44,8 +46,8 @@ bool parse(const char* text, Journal& j) {
 }  // namespace
 
 bool Journal::save(string_view folder) const {
-    SidePath path(folder, kJournalEnding), fresh(folder, ".tmp.j.new");
-    unlink(fresh);
+    SidePath path(folder, kJournalEnding), fresh(folder, kFreshEnding);
+    removeFresh(folder);
     Descriptor file(open(fresh, O_WRONLY | O_CREAT | O_EXCL | kSideFileFlags, 0600));
     return file && writeAll(file.get(), lineOf(*this).view()) && fsync(file.get()) == 0 &&
            file.close() && rename(fresh, path) == 0 && syncDirectory(folder);
@@ -63,9 +65,14 @@ Journal::Read Journal::load(string_view folder) {
     return n > 0 && parse(text, *this) ? Read::kDone : Read::kInvalid;
 }
 
+void Journal::removeFresh(string_view folder) {
+    unlink(SidePath(folder, kFreshEnding));
+}
+
 bool Journal::remove(string_view folder) {
     SidePath path(folder, kJournalEnding);
     unlink(path);
+    removeFresh(folder);
     return !stateOf(path).exists() && syncDirectory(folder);
 }
 

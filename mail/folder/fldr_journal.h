@@ -31,6 +31,8 @@ struct Journal {
     Read load(string_view folder);
     /// Deletes the journal; false when it may still be there.
     static bool remove(string_view folder);
+    /// Deletes a new journal that was never put into place.
+    static void removeFresh(string_view folder);
 };
 
 }  // namespace attalven

@@ -37,22 +37,20 @@ bool holdMarker(const char* marker, int fd) {
            state.isSameFile(stateOf(marker));
 }
 
-Cleared clearMarker(const char* marker) {
+bool clearMarker(const char* marker) {
     FileState seen = stateOf(marker);
     MarkerAge age = ageOf(seen);
-    if (age == MarkerAge::kAbsent) return Cleared::kNothing;
-    if (age == MarkerAge::kYoung) return Cleared::kBusy;
+    if (age != MarkerAge::kStale) return age == MarkerAge::kAbsent;
     Descriptor file;
     if (seen.isRegular) {
         file = Descriptor(open(marker, O_RDONLY | kSideFileFlags));
-        if (file && flock(file.get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK)
-            return Cleared::kBusy;
+        if (file && flock(file.get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) return false;
         if (file && (!stateOf(marker).isSameFile(stateOf(file.get())) ||
                      ageOf(stateOf(file.get())) != MarkerAge::kStale))
-            return Cleared::kBusy;
+            return false;
     }
     unlink(marker);
-    return Cleared::kStale;
+    return true;
 }
 
 Descriptor makeMarker(const char* marker) {

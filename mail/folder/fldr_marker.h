@@ -18,9 +18,8 @@ Descriptor openMarker(const char* marker);
 /// when it is no regular file or when another process has it locked.
 bool holdMarker(const char* marker, int fd);
 
-enum class Cleared { kNothing, kStale, kBusy };
-/// Deletes the marker if it is stale. kBusy when it is young, or its owner is at work on it.
-Cleared clearMarker(const char* marker);
+/// Deletes the marker if it is stale. False when it is young, or its owner is at work on it.
+bool clearMarker(const char* marker);
 
 /// Makes an empty marker that only its owner may read. Not open, and errno EEXIST, when there is
 /// one.

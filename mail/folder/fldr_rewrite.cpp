@@ -104,7 +104,7 @@ class Rewrite {
     int64_t folderSize() const { return stateOf(lock_.fd()).size; }
     bool writeEntries();
     bool writeGrowth();
-    bool isStillComing() const;
+    std::optional<bool> isStillComing() const;
     void inheritOwner();
     void moveLateMail();
 
@@ -117,20 +117,25 @@ class Rewrite {
 };
 
 /// Whether the last message goes on in what was written since: the folder was indexed in the middle
-/// of a delivery. It is then neither dropped nor cut open.
-bool Rewrite::isStillComing() const {
+/// of a delivery. It is then neither dropped nor cut open. Nothing when that cannot be read.
+std::optional<bool> Rewrite::isStillComing() const {
     int64_t size = folderSize();
+    if (size == plan_.end) return false;
     char before = 0;
-    return size > plan_.end && !(readAt(lock_.fd(), plan_.end - 1, &before, 1) && before == '\n' &&
-                                 beginsMessage({lock_.fd(), plan_.end, size - plan_.end}, blocks_));
+    if (size < plan_.end || !readAt(lock_.fd(), plan_.end - 1, &before, 1)) return std::nullopt;
+    if (before != '\n') return true;
+    std::optional<bool> isMail = beginsMessage({lock_.fd(), plan_.end, size - plan_.end}, blocks_);
+    if (isMail) isMail = !*isMail;
+    return isMail;
 }
 
 bool Rewrite::writeEntries() {
-    bool isComing = isStillComing();
+    std::optional<bool> isComing = isStillComing();
+    if (!isComing) return false;
     copied_ = plan_.begin;
     for (const FldrMsg* entry : plan_.entries()) {
         MessageSpan message = spanOf(*entry);
-        bool isLast = isComing && message.end() == plan_.end;
+        bool isLast = *isComing && message.end() == plan_.end;
         if (!writer_.copy(copied_, message.offset - copied_)) return false;
         copied_ = message.end();
         char status[] = "Status:   \n";

@@ -41,11 +41,16 @@ int countEntries(Fldr* f, unsigned without, unsigned with) {
     return count;
 }
 
-/// Removes what a process that has died left beside the folder; false when the folder is busy.
+/// Removes what a process that has died left beside the folder; false when the folder is busy. A
+/// lock file of a dead process would hold up deliveries.
 bool clearPath(string_view path) {
-    Cleared cleared = clearMarker(SidePath(path, kMarkerEnding));
-    if (cleared == Cleared::kStale) FolderLock(path).tryAcquire();
-    return cleared != Cleared::kBusy;
+    SidePath marker(path, kMarkerEnding);
+    if (markerAge(marker) == MarkerAge::kStale ||
+        stateOf(SidePath(path, kDotlockEnding)).exists()) {
+        FolderLock lock(path);
+        if (lock.tryAcquire()) Journal::removeFresh(path);
+    }
+    return clearMarker(marker);
 }
 
 }  // namespace
