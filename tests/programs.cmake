@@ -1,0 +1,9 @@
+# Faults at every call of a folder rewrite: the calls of the library's objects go through kit/faults.c.
+enable_language(C)
+add_executable(rewrite_faults rewrite_faults.cpp kit/faults.c)
+target_link_libraries(rewrite_faults PRIVATE test_kit)
+foreach(call open64 read pread64 write pwrite64 ftruncate64 fallocate64 fsync rename unlink linkat fchmod fchown
+        futimens flock fcntl64 fstat64 lstat64 stat64)
+    target_link_options(rewrite_faults PRIVATE -Wl,--wrap=${call})
+endforeach()
+add_test(NAME rewrite_faults COMMAND rewrite_faults)
