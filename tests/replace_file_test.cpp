@@ -15,18 +15,10 @@ namespace {
 namespace fs = std::filesystem;
 using attalven::Replaced;
 using attalven::replaceFile;
+using kit::filesIn;
+using kit::modeOf;
 using kit::readFile;
 using kit::writeFile;
-
-int modeOf(const std::string& path) {
-    struct stat st;
-    return stat(path.c_str(), &st) == 0 ? static_cast<int>(st.st_mode & 07777) : -1;
-}
-
-/// Nothing but the files themselves is left in a directory.
-int filesIn(const std::string& path) {
-    return static_cast<int>(std::distance(fs::directory_iterator(path), {}));
-}
 
 using ReplaceFile = kit::Site;
 

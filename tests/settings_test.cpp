@@ -12,40 +12,25 @@
 namespace {
 
 namespace fs = std::filesystem;
+using kit::filesIn;
+using kit::modeOf;
 using kit::readFile;
 using kit::writeFile;
-
-int modeOf(const std::string& path) {
-    struct stat st;
-    return stat(path.c_str(), &st) == 0 ? static_cast<int>(st.st_mode & 07777) : -1;
-}
 
 class Settings : public kit::Site {
   protected:
     std::string mbox(const char* name) { return dir + "/mbox/" + name; }
     std::string user(const char* name) { return dir + "/mbox/k/i/kim/" + name; }
-    /// Nothing but the files themselves is left in a directory.
-    static int filesIn(const std::string& path) {
-        return static_cast<int>(std::distance(fs::directory_iterator(path), {}));
+    static std::string defaults(const char* name) {
+        return readFile(std::string(TEST_DATA "/settings/") + name);
     }
 };
-
-constexpr char kDefaultPreference[] =
-    "FETCH_MAIL = 2\nSPOOL_MAIL = 1\nEMAIL_NAME = \nCHAR_SET = "
-    "iso-8859-1\nREPLY_TO = \n"
-    "FORWARDING = \nCOPY_FORWARDING_FLAG = 0\nMAIL_DEL_OPTION = 1\nPAGE_SIZE = "
-    "10\n"
-    "NEW_MAIL_CHECK_TIME = 20\nATTACH_FILE_DEFAULT_NUM = "
-    "3\nREGISTERED_MAIL_FLAG = 1\n"
-    "EDITOR = 1\nVIEW_TYPE = 1\nSMTP_SERVER = "
-    "mail.example.org\nHEADER_ENCODING = 3\n"
-    "BODY_ENCODING = 3\n";
 
 TEST_F(Settings, UserPreferencesStartFromTheDefaults) {
     MailPreference pref;
     memset(&pref, 'x', sizeof pref);
     mailGetPreference("kim", "example.org", &pref);
-    EXPECT_EQ(readFile(user("preference.ini")), kDefaultPreference);
+    EXPECT_EQ(readFile(user("preference.ini")), defaults("preference.ini"));
     EXPECT_EQ(modeOf(user("preference.ini")), 0600);
     EXPECT_EQ(modeOf(user("")), 0700);
     EXPECT_EQ(umask(022), 0177U);
@@ -57,7 +42,7 @@ TEST_F(Settings, UserPreferencesStartFromTheDefaults) {
     mailSetPreference(
         "lee", "",
         &(pref = MailPreference{7, 7, "n", "c", "r", "f", 7, 7, 7, 8, 8, 8, 8, 8, "s", 7, 7}));
-    std::string expected = kDefaultPreference;
+    std::string expected = defaults("preference.ini");
     size_t five = expected.find("NEW_"), rest = expected.find("SMTP_");
     EXPECT_EQ(readFile(dir + "/mbox/l/e/lee/preference.ini"),
               expected.substr(0, five) +
@@ -113,29 +98,11 @@ TEST_F(Settings, AFileThatDoesNotOpenEndsTheProcess) {
                         "/mbox/a/&lt;/a&lt;/preference.ini file open error!!!");
 }
 
-constexpr char kDefaultAdmin[] =
-    "QUOTA = 3\nPOP3 = 5\nUSR_REG_METHOD = 1\nONE_TIME_MAIL_SEND_NUM = 30\n"
-    "ATTACH_FILE_LIMIT_SIZE = 5\nATTACH_FILE_LIMIT_NUM = 5\nINBOX_EXPIRE_DAY = "
-    "0\n"
-    "OUTBOX_EXPIRE_DAY = 0\nTRASH_EXPIRE_DAY = 0\nDRAFTS_EXPIRE_DAY = "
-    "0\nSPOOL_SIZE = 3\n"
-    "SPOOL_SIZE_MAIL_WARN_FLAG = 0\nFWD_FLAG = 0\nPOP3_FLAG = 1\nRES_REG_FLAG "
-    "= 1\n"
-    "AUTH_DB_FILE_PATH = \nAUTH_FLD1_FLAG = 0\nAUTH_FLD2_FLAG = 0\nPASSWD_FLAG "
-    "= 1\n"
-    "SHELL = /bin/noshell\nALLOW_CASE_USERID_FLAG = 0\nDEFAULT_HEADER_ENCODING "
-    "= 3\n"
-    "DEFAULT_BODY_ENCODING = 3\nLOGIN_AUTH_COOKIE_TYPE = "
-    "1\nNOTICE_BOARD_DEFAULT_PAGE_SIZE = 5\n"
-    "LOGIN_USER_DISPLAY_TIME = 5\nMAIL_SEND_INFO_FLAG = 0\nMAIL_RCPT_INFO_FLAG "
-    "= 0\n"
-    "ADM_MAIL_FLAG = 0\nADM_MAIL_AND_SIGN_INDIVIDUAL_FLAG = 0\n";
-
 TEST_F(Settings, AdminPreferencesOfAFreshSite) {
     fs::remove_all(dir + "/mbox");
     MailAdminPreference rec = {};
     mailGetAdminPreference(&rec);
-    EXPECT_EQ(readFile(mbox("admin_preference.ini")), kDefaultAdmin);
+    EXPECT_EQ(readFile(mbox("admin_preference.ini")), defaults("admin_preference.ini"));
     EXPECT_EQ(readFile(mbox("adm_mail_subject.txt")) + readFile(mbox("adm_mail.txt")), "");
     EXPECT_EQ(modeOf(mbox("adm_mail.txt")), 0600);
     EXPECT_EQ(modeOf(mbox("")), 0700);

@@ -8,6 +8,7 @@
 namespace {
 
 using Storage = kit::Site;
+using kit::modeOf;
 
 TEST_F(Storage, PathsNeverLeaveTheTree) {
     const struct {
@@ -50,11 +51,6 @@ TEST_F(Storage, EachPathFunctionHasABufferOfItsOwn) {
     EXPECT_EQ(dump, "a/b c/d e g/h/gh i/j/ij k/l ");
     EXPECT_STREQ(mailGetUserMBoxPath("kim"), "k/i/kim");
     EXPECT_STREQ(results[4], "k/i/kim");
-}
-
-int modeOf(const std::string& path) {
-    struct stat st;
-    return stat(path.c_str(), &st) == 0 ? static_cast<int>(st.st_mode & 07777) : -1;
 }
 
 TEST_F(Storage, MakesMissingDirectoriesOnly) {

@@ -1,6 +1,7 @@
 #include "site.h"
 
 #include <stdlib.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstring>
@@ -37,6 +38,15 @@ void writeFile(const std::string& path, std::string_view content) {
     std::filesystem::create_directories(std::filesystem::path(path).parent_path());
     std::ofstream(path, std::ios::binary)
         .write(content.data(), static_cast<std::streamsize>(content.size()));
+}
+
+int modeOf(const std::string& path) {
+    struct stat st;
+    return stat(path.c_str(), &st) == 0 ? static_cast<int>(st.st_mode & 07777) : -1;
+}
+
+int filesIn(const std::string& path) {
+    return static_cast<int>(std::distance(std::filesystem::directory_iterator(path), {}));
 }
 
 std::string taken(char* text) {

@@ -28,6 +28,10 @@ File fileOf(std::string_view content);
 std::string contentOf(FILE* f);
 std::string readFile(const std::string& path);
 void writeFile(const std::string& path, std::string_view content);
+/// Permission bits, -1 when nothing is there.
+int modeOf(const std::string& path);
+/// How many entries a directory has.
+int filesIn(const std::string& path);
 /// A heap text as a string ("(null)" for NULL); frees it.
 std::string taken(char* text);
 /// What `call` wrote to the process's standard output.
