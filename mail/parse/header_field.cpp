@@ -33,7 +33,10 @@ void readMessageId(string_view value, Text& id) {
 
 bool readSubject(string_view value, Text& subject) {
     subject.clear();
-    appendOneLine(subject, value);
+    if (value.find('\r') == string_view::npos && value.find('\n') == string_view::npos)
+        subject.append(value);
+    else
+        appendOneLine(subject, value);
     if (subject.empty()) return false;
     if (!isPlainValue(subject.view())) {
         OwnedText decoded(mailDecodeSubject(subject.c_str()));
@@ -42,7 +45,8 @@ bool readSubject(string_view value, Text& subject) {
         subject.append(decoded.get());
     }
     char* text = subject.c_str();
-    if (text) std::replace(text, text + subject.size(), '\t', ' ');
+    if (text && subject.view().find('\t') != string_view::npos)
+        std::replace(text, text + subject.size(), '\t', ' ');
     return text != nullptr;
 }
 

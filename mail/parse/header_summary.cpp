@@ -4,6 +4,7 @@
 
 #include "header_field.h"
 #include "header_lines.h"
+#include "mail/base/byte_set.h"
 #include "mail/base/keyword.h"
 #include "mail_addr.h"
 #include "mail_date.h"
@@ -39,10 +40,18 @@ constexpr Row kRows[] = {
     {"x-priority:", [](HeaderSummary& s, string_view value) { s.priority = priorityOf(value); }},
 };
 
+/// The first letters of the keywords: most headers of a mail have another one.
+constexpr ByteSet kFirstLetters = [] {
+    char letters[std::size(kRows)] = {};
+    for (size_t i = 0; i < std::size(kRows); i++) letters[i] = kRows[i].key.front();
+    return ByteSet({letters, std::size(kRows)});
+}();
+
 template <typename Lines>
 void readInto(Lines& lines, HeaderSummary& summary) {
     summary.clear();
     unfoldHeaders(lines, [&summary](string_view header) {
+        if (!kFirstLetters.has(toLower(header.front()))) return true;
         if (const Row* row = findKeyword<Row>(kRows, header))
             row->read(summary, headerValue(header).value_or(string_view()));
         return true;

@@ -7,10 +7,17 @@
 
 #include <cstdio>
 
+#include "mail/base/byte_set.h"
 #include "mail_mime_field.h"
 #include "support/host.h"
 
 namespace attalven {
+namespace {
+
+/// The characters that mean something outside quotes and comments, inside quotes, inside comments.
+constexpr ByteSet kOutside(" \r\n>\"()\\,;<"), kQuoted("\"\\"), kComment("\"()\\");
+
+}  // namespace
 
 //   address-list = [ address ] *( ( "," / ";" ) [ address ] )
 //   address      = [ phrase ] "<" mailbox ">" / mailbox [ "(" comment ")" ]
@@ -27,61 +34,43 @@ bool AddressScanner::next() {
     return !address_.empty();
 }
 
-/// Takes one character; false when it ends the address.
+/// Takes a run of ordinary characters and the special one behind it; false when that one ends the
+/// address.
 bool AddressScanner::take() {
+    bool outside = !quoted_ && !comment_;
+    const ByteSet& specials = outside ? kOutside : quoted_ ? kQuoted : kComment;
+    size_t run = specials.find(rest_);
+    collect(outside ? address_ : name_, head(rest_, run));
+    rest_ = tail(rest_, run);
+    if (rest_.empty()) return true;
     char c = rest_.front();
     rest_.remove_prefix(1);
-    if (c == '"')
+    if (c == '"') {
         quoted_ = !quoted_;
-    else if (quoted_)
-        takeQuoted(c);
-    else if (comment_)
-        takeComment(c);
-    else
+    } else if (quoted_) {  // a backslash
+        collect(name_, head(rest_, 1));
+        rest_ = tail(rest_, 1);
+    } else if (c == '(' || c == ')') {
+        comment_ = c == '(';
+    } else if (outside) {
         return takeOutside(c);
+    }
     return true;
 }
 
-void AddressScanner::takeQuoted(char c) {
-    if (c == '\\') {
-        if (rest_.empty()) return;
-        c = rest_.front();
-        rest_.remove_prefix(1);
+bool AddressScanner::takeOutside(char special) {
+    if (special == '<' && !address_.empty()) {
+        name_ = address_;
+        address_.clear();
     }
-    name_.append(c);
+    return special != ',' && special != ';';
 }
 
-void AddressScanner::takeComment(char c) {
-    if (c == ')')
-        comment_ = false;
-    else if (c != '(' && c != '\\')
-        name_.append(c);
-}
-
-bool AddressScanner::takeOutside(char c) {
-    switch (c) {
-        case ' ':
-        case '\r':
-        case '\n':
-        case '>':
-        case ')':
-        case '\\':
-            return true;
-        case ',':
-        case ';':
-            return false;
-        case '(':
-            comment_ = true;
-            return true;
-        case '<':
-            if (address_.empty()) return true;
-            name_ = address_;
-            address_.clear();
-            return true;
-        default:
-            address_.append(c);
-            return true;
-    }
+/// Appends byte by byte where the text does not fit, so that all bytes up to the limit are there
+/// when the cut looks for the end of a character.
+void AddressScanner::collect(Buffer& buffer, string_view text) {
+    if (buffer.fits(text)) return buffer.append(text);
+    for (char c : head(text, kLimit + 1)) buffer.append(c);
 }
 
 string_view AddressScanner::mailbox() const {

@@ -26,9 +26,8 @@ class AddressScanner {
 
     static string_view cut(const Buffer& b) { return head(b.view(), cutLength(b.view(), kLimit)); }
     bool take();
-    void takeQuoted(char c);
-    void takeComment(char c);
-    bool takeOutside(char c);
+    bool takeOutside(char special);
+    static void collect(Buffer& buffer, string_view text);
 
     string_view rest_;
     Buffer address_, name_;
