@@ -3,6 +3,8 @@
 
 #include "text.h"
 
+#include <sys/mman.h>
+
 #include <cstdarg>
 #include <cstdint>
 #include <cstdio>
@@ -11,6 +13,21 @@
 #include <utility>
 
 namespace attalven {
+
+namespace {
+
+constexpr uintptr_t kHugePage = 2 << 20;
+constexpr size_t kHugeText = 4 * kHugePage;
+
+/// A fresh page costs more than the bytes that are written to it; large pages make that cost vanish
+/// for large texts.
+void adviseHugePages(char* block, size_t size) {
+    uintptr_t begin = (reinterpret_cast<uintptr_t>(block) + kHugePage - 1) & -kHugePage;
+    uintptr_t end = (reinterpret_cast<uintptr_t>(block) + size) & -kHugePage;
+    if (end > begin) madvise(reinterpret_cast<void*>(begin), end - begin, MADV_HUGEPAGE);
+}
+
+}  // namespace
 
 bool Text::grow(size_t extra) {
     if (failed_) return false;
@@ -30,6 +47,7 @@ bool Text::grow(size_t extra) {
         failed_ = true;
         return false;
     }
+    if (capacity >= kHugeText) adviseHugePages(moved, capacity);
     data_ = moved;
     capacity_ = capacity;
     return true;
