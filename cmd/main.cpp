@@ -1,5 +1,7 @@
 // attalven: the operator's and the developer's tool over the library's public interface.
 
+#include <unistd.h>
+
 #include <cerrno>
 #include <cstdint>
 #include <cstdio>
@@ -65,6 +67,9 @@ int numberOf(const std::string& text, const char* what, int least) {
 }  // namespace cmd
 
 int main(int argc, char** argv) {
+    // For commands that need no site: the names of this host, as mail sent from it gives them.
+    if (gethostname(conf.serverName, sizeof conf.serverName - 1) != 0 || !conf.serverName[0])
+        snprintf(conf.serverName, sizeof conf.serverName, "localhost");
     snprintf(conf.mailDomainName, sizeof conf.mailDomainName, "localhost");
     std::string name = argc > 1 ? argv[1] : "";
     if (name == "--help" || name == "-h" || name == "help") {

@@ -1,0 +1,12 @@
+# Tests that drive the program `attalven` from outside, in Python. Exit code 77 means skipped, with a word in the output.
+find_package(Python3 REQUIRED COMPONENTS Interpreter)
+set(attalven_program ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/attalven)
+add_test(NAME corpus_oracle
+    COMMAND ${Python3_EXECUTABLE} ${CMAKE_CURRENT_SOURCE_DIR}/corpus_oracle.py ${attalven_program}
+        ${PROJECT_SOURCE_DIR}/bench/gen_corpus.py)
+add_test(NAME python_messages
+    COMMAND ${Python3_EXECUTABLE} ${CMAKE_CURRENT_SOURCE_DIR}/python_messages.py ${attalven_program})
+add_test(NAME smtp_servers
+    COMMAND ${Python3_EXECUTABLE} ${CMAKE_CURRENT_SOURCE_DIR}/smtp_servers.py ${attalven_program}
+        ${PROJECT_SOURCE_DIR}/build/peers/exim/usr/sbin/exim4 ${CMAKE_CURRENT_BINARY_DIR}/smtp_servers)
+set_tests_properties(corpus_oracle python_messages smtp_servers PROPERTIES SKIP_RETURN_CODE 77 TIMEOUT 120)
