@@ -136,7 +136,7 @@ MailBodyList** mailGetBody(MailBody* root) {
     MailBodyList* chain = mailGenBodyList(root);
     size_t count = 0;
     for (MailBodyList* entry = chain; entry; entry = entry->next) count++;
-    MailBodyList** index = allocate<MailBodyList*>(count + 1).release();
+    auto** index = static_cast<MailBodyList**>(calloc(count + 1, sizeof(void*)));
     size_t filled = 0;
     for (MailBodyList *entry = chain, *next; entry; entry = next) {
         next = entry->next;
