@@ -92,6 +92,10 @@ OwnedMessage newMessage() {
     return message;
 }
 
+/// Bytes that one search may read: enough for 100 levels of a message of 1 MB, and for more than
+/// ten levels of the largest.
+constexpr int64_t kSearchBase = 128 << 20, kSearchFactor = 8;
+
 /// The search for a nested message. Each level costs one reading of what it holds; the budget ends
 /// what only crafted mail can cause: header blocks without end, read again for every part.
 struct NestedSearch {
@@ -152,8 +156,6 @@ MailInfo* mailProcessing(int offset, int size, const char* msgId, FILE* fp) {
 
 MailInfo* mailGetRFC822MessageInfo(MailInfo* msg, FILE* fp, const char* msgId) {
     if (!msg) return nullptr;
-    constexpr int64_t kLeastBudget = 1 << 20;
-    NestedSearch search{fp, viewOf(msgId),
-                        kLeastBudget + int64_t{kMaxNesting} * std::max(msg->size, 0)};
+    NestedSearch search{fp, viewOf(msgId), kSearchBase + kSearchFactor * std::max(msg->size, 0)};
     return search.find(*msg, kMaxNesting);
 }
