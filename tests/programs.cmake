@@ -7,3 +7,6 @@ foreach(call open64 read pread64 write pwrite64 ftruncate64 fallocate64 fsync re
     target_link_options(rewrite_faults PRIVATE -Wl,--wrap=${call})
 endforeach()
 add_test(NAME rewrite_faults COMMAND rewrite_faults)
+
+# What the program shows of the sample mailbox, against the truth that its generator wrote.
+add_test(NAME sample_mailbox COMMAND python3 ${CMAKE_CURRENT_SOURCE_DIR}/sample_mailbox.py $<TARGET_FILE:attalven_cmd>)
