@@ -1,4 +1,4 @@
-// Header blocks, address lists and the generators of composed messages.
+// Address lists and the generators of composed messages.
 
 #include "kit/composed.h"
 #include "kit/site.h"
@@ -79,56 +79,6 @@ TEST_F(ComposeHeader, AddressLists) {
     EXPECT_EQ(kit::taken(mailGetFaxNumStr(&word, "euc-kr")),
               "\"=?euc-kr?B?sKE=?=\" <b>,\n\t\"" + longName + "\" <b>,\n\tb");
     EXPECT_EQ(mailGetAddrStr(nullptr, "euc-kr"), nullptr);
-}
-
-struct Row {
-    const char* label;
-    int sendMode, bodyEncoding, type;
-    const char *subType, *charset, *lines;  // everything that follows the Date line
-};
-
-TEST_F(ComposeHeader, LinesByKindAndEncoding) {
-    const Row rows[] = {
-        {"8bit", 0, 1, 6, "plain", "euc-kr",
-         "MIME-Version: 1.0\nX-Priority: 3\nX-Mailer: m\nContent-Type: "
-         "text/plain;\n\tcharset=\"euc-kr\"\n"
-         "Content-Transfer-Encoding: 8bit\n\n"},
-        {"7bit, bulk", 9, 1, 6, "plain", "ISO-2022-JP",
-         "MIME-Version: 1.0\nX-Priority: 3\nX-Mailer: m\nPrecedence: junk\nContent-Type: "
-         "text/plain;\n"
-         "\tcharset=\"ISO-2022-JP\"\nContent-Transfer-Encoding: 7bit\n\n"},
-        {"no encoding, sealed", 5, 0, 6, "plain", "kor-utf-8",
-         "MIME-Version: 1.0\nX-SMIME: Encrypt\nX-Priority: 3\nX-Mailer: m\nContent-Type: "
-         "text/plain;\n"
-         "\tcharset=\"kor-utf-8\"\n\n\n"},
-        {"no text, signed", 6, 3, 3, "gif", "euc-kr",
-         "MIME-Version: 1.0\nX-SMIME: SignEncrypt\nX-Priority: 3\nX-Mailer: m\nContent-Type: "
-         "image/gif\n\n"},
-        {"multipart, hostile subtype", 0, 3, 5, "x\nBcc: y", "euc-kr",
-         "MIME-Version: 1.0\nX-Priority: 3\nX-Mailer: m\nContent-Type: multipart/xBcc: "
-         "y;\n\tboundary=\"bc\"\n\n"
-         "This is a multi-part message in MIME format.\n\n"},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.label);
-        char mailer[] = "m", subject[] = "s\n\tfold\nBcc: z";
-        std::string subType = row.subType;
-        MailBody body = {};
-        body.type = row.type;
-        body.subType = subType.data();
-        MailInfo mail = {};
-        mail.mimeVersion = 1;
-        mail.priority = 3;
-        mail.subject = subject;
-        mail.mailer = mailer;
-        mail.body = &body;
-        kit::File out(tmpfile());
-        mailHdrWrite(&mail, "b\"\nc", 3, row.bodyEncoding, "", "i", row.sendMode, row.charset,
-                     out.get());
-        EXPECT_EQ(
-            kit::masked(kit::contentOf(out.get())),
-            "Message-Id: <i>\nSubject: s\n\tfoldBcc: z\nDate: DATE\n" + std::string(row.lines));
-    }
 }
 
 }  // namespace

@@ -3,7 +3,6 @@
 #include "mail/base/sink.h"
 
 #include "kit/site.h"
-#include "mail/base/bounded_text.h"
 #include "mail/base/text.h"
 
 namespace {
@@ -36,15 +35,6 @@ TEST(Sink, RowByRow) {
         EXPECT_EQ(fold.view(), row.fold);
         EXPECT_EQ(quoted.view(), row.quoted);
     }
-}
-
-TEST(Sink, BoundedFormatCutsOnCharacters) {
-    BoundedText<4> text;
-    text.appendFormat("%d%s", 1, "a\xB0\xA1z");
-    EXPECT_EQ(text.view(), "1a\xB0\xA1");
-    text.clear();
-    text.appendFormat("%s", "xyz\xB0\xA1");
-    EXPECT_EQ(text.view(), "xyz");
 }
 
 }  // namespace

@@ -1,62 +1,65 @@
 #include "composed.h"
 
 #include <regex>
+#include <sstream>
 
 #include "site.h"
 
 namespace kit {
 
-std::string composed(const ComposeForm& f) {
-    std::vector<std::string> entries = f.attachments;
+std::string composed(const ComposeForm& form) {
+    auto value = [&](const char* key, const char* otherwise) {
+        auto found = form.find(key);
+        return found == form.end() ? otherwise : found->second.c_str();
+    };
+    auto number = [&](const char* key, int otherwise) {
+        return atoi(value(key, std::to_string(otherwise).c_str()));
+    };
+    std::vector<std::string> entries;
+    std::istringstream attach(value("attach", ""));
+    for (std::string entry; std::getline(attach, entry);) entries.push_back(entry);
     std::vector<char*> list;
     for (std::string& entry : entries) list.push_back(entry.data());
     list.push_back(nullptr);
+    const char *from = value("from", "kim@example.org"), *to = value("to", "lee@example.net"),
+               *replyTo = value("replyTo", ""), *cc = value("cc", nullptr),
+               *subject = value("subject", nullptr), *charset = value("charset", "euc-kr"),
+               *id = value("messageId", "id@example.org");
+    int headers = number("headerEncoding", 3), texts = number("bodyEncoding", 3),
+        mode = number("sendMode", 0), priority = number("priority", 3);
     File out(tmpfile());
-    mailCompose(f.from.c_str(), f.to.c_str(), f.replyTo.c_str(), f.cc.c_str(), f.faxTo.c_str(),
-                f.priority, f.bodyType, f.subject.c_str(), f.body.c_str(),
-                entries.empty() ? nullptr : list.data(), f.headerEncoding, f.bodyEncoding,
-                f.sendMode, f.charset.c_str(), f.messageId.c_str(), f.mailDomain.c_str(),
-                f.readReceipt, out.get());
+    std::string call = value("call", "mailCompose");
+    if (call == "smimeMailCompose")
+        smimeMailCompose(from, nullptr, to, replyTo, cc, priority, 0, subject, nullptr, list.data(),
+                         headers, texts, mode, charset, value("messageId", nullptr), "", 0,
+                         out.get());
+    else if (call == "mailSMimeHdrWrite")
+        mailSMimeHdrWrite(from, from, value("to", nullptr), replyTo, cc, priority, subject, id,
+                          mode, out.get());
+    else
+        mailCompose(from, to, replyTo, cc, value("faxTo", nullptr), priority, number("bodyType", 1),
+                    subject, value("body", "Hi"), list.data(), headers, texts, mode, charset, id,
+                    value("mailDomain", "example.org"), number("readReceipt", 0), out.get());
     return contentOf(out.get());
 }
 
 std::string masked(std::string message) {
     using std::regex;
     const std::string clock = "\\d\\d:\\d\\d:\\d\\d";
-    message = std::regex_replace(
-        message, regex("(^|\n)(From [^ ]+) \\w{3} \\w{3} \\d\\d " + clock + " \\d{4}\n"),
-        "$1$2 DATE\n");
-    message = std::regex_replace(
-        message, regex("\nDate: \\w{3}, \\d+ \\w{3} \\d{4} " + clock + " [+-]\\d{4}\n"),
-        "\nDate: DATE\n");
-    message = std::regex_replace(message, regex("\\d{8}\\.AAA\\d+@"), "MSGID@");
+    const std::pair<std::string, const char*> masks[] = {
+        {"(^|\n)(From [^ ]+) \\w{3} \\w{3} \\d\\d " + clock + " \\d{4}\n", "$1$2 DATE\n"},
+        {"\nDate: \\w{3}, \\d+ \\w{3} \\d{4} " + clock + " [+-]\\d{4}\n", "\nDate: DATE\n"},
+        {"\\d{8}\\.AAA\\d+@", "MSGID@"}};
+    for (const auto& [made, mask] : masks) message = std::regex_replace(message, regex(made), mask);
     std::smatch hit;
     for (int n = 1; std::regex_search(message, hit, regex("_NextPart_[A-Z0-9]{24}")); n++)
-        message = std::regex_replace(message, regex(hit.str()), "_NextPart_" + std::to_string(n));
+        message = replaced(message, hit.str(), "_NextPart_" + std::to_string(n));
     return message;
 }
 
-namespace {
-
-std::string dumpOf(const MailBody* body) {
-    std::string text;
-    for (; body; body = body->next) {
-        text += mime_types[body->type] + std::string("/") + (body->subType ? body->subType : "");
-        if (body->fileName) text += " \"" + std::string(body->fileName) + "\"";
-        if (body->contentId) text += " <" + std::string(body->contentId) + ">";
-        if (body->child) text += "[" + dumpOf(body->child) + "]";
-        if (body->next) text += " ";
-    }
-    return text;
-}
-
-}  // namespace
-
-std::string structureOf(std::string_view message) {
-    File file = fileOf(message);
-    MailInfo* mail = mailProcessing(0, static_cast<int>(message.size()), "(top)", file.get());
-    std::string text = dumpOf(mail->body);
-    mailFree(&mail);
+std::string replaced(std::string text, const std::string& from, const std::string& to) {
+    for (size_t at = 0; (at = text.find(from, at)) != std::string::npos; at += to.size())
+        text.replace(at, from.size(), to);
     return text;
 }
 
