@@ -29,24 +29,29 @@ void adviseHugePages(char* block, size_t size) {
 
 }  // namespace
 
+bool Text::fail() {
+    free(data_);
+    data_ = nullptr;
+    size_ = capacity_ = 0;
+    failed_ = true;
+    return false;
+}
+
 bool Text::grow(size_t extra) {
     if (failed_) return false;
     size_t need = size_ + extra + 1;
     if (need <= capacity_) return true;
-    size_t capacity = std::max<size_t>({need, capacity_ + capacity_ / 2, 64});
-    char* moved = need > size_ ? static_cast<char*>(realloc(data_, capacity)) : nullptr;
-    if (!moved && capacity > need &&
-        need > size_) {  // near the memory limit the exact size may still fit
-        capacity = need;
+    if (need <= size_) return fail();
+    // Near the memory limit less room may still fit: half as much each time, so that a text that is
+    // appended to byte by byte does not ask the kernel for each.
+    size_t reserve = std::max<size_t>(capacity_ / 2, 64), capacity = need + reserve;
+    char* moved = static_cast<char*>(realloc(data_, capacity));
+    while (!moved && reserve) {
+        reserve = reserve > 4096 ? reserve / 2 : 0;
+        capacity = need + reserve;
         moved = static_cast<char*>(realloc(data_, capacity));
     }
-    if (!moved) {
-        free(data_);
-        data_ = nullptr;
-        size_ = capacity_ = 0;
-        failed_ = true;
-        return false;
-    }
+    if (!moved) return fail();
     if (capacity >= kHugeText) adviseHugePages(moved, capacity);
     data_ = moved;
     capacity_ = capacity;

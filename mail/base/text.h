@@ -54,6 +54,7 @@ class Text {
 
   private:
     bool grow(size_t extra);
+    bool fail();
     void appendGrowing(string_view s);
 
     char* data_ = nullptr;
