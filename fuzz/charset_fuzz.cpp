@@ -72,7 +72,8 @@ const Set sets[] = {{"EUC-KR", "EUC-KR", "korean"},
 bool isScreened(const Set& set, const std::vector<char>& text) {
     bool high = strcmp(set.screened, "korean") == 0;
     for (char c : text)
-        if (high ? (c & 0xFF) >= 0x80 && (c & 0xFF) <= 0xA0 : c && strchr(set.screened, c))
+        if (high ? ((c & 0xFF) >= 0x80 && (c & 0xFF) <= 0xA0) || (c & 0xFF) == 0xFF
+                 : c && strchr(set.screened, c))
             return true;
     return false;
 }

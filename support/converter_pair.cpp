@@ -1,9 +1,10 @@
 // One pair of character sets. The strict tables convert whole stretches; between stretches stand
 // single characters that they refuse, or that they must not read: the C library lets bytes 0x80 to
-// 0x9F pass as control characters in EUC-KR and EUC-JP, takes ASCII's backslash and tilde for yen
-// sign and overline in Shift-JIS, and reads the extension areas of Big5 as private characters. No
-// state of its own, so a call may stop and go on anywhere; every loop advances, and what is scanned
-// ahead is bounded by the room for output, so that hostile text costs linear time.
+// 0x9F pass as control characters in EUC-KR and EUC-JP, 0xFF at the end of EUC-KR as half a
+// character, takes ASCII's backslash and tilde for yen sign and overline in Shift-JIS, and reads
+// the extension areas of Big5 as private characters. No state of its own, so a call may stop and go
+// on anywhere; every loop advances, and what is scanned ahead is bounded by the room for output, so
+// that hostile text costs linear time.
 
 #include "converter_pair.h"
 
@@ -54,7 +55,7 @@ struct Range {
 /// The bytes that stop each screen, as characters of their own or as lead bytes.
 constexpr Range screened[][3] = {
     {},                                          // none
-    {{0x80, 0x20}, {0x80, 0x20}, {0x80, 0x20}},  // korean
+    {{0x80, 0x20}, {0xFF, 0}, {0xFF, 0}},        // korean
     {{0x80, 0x0D}, {0x90, 0x10}, {0x90, 0x10}},  // japanese
     {{0x5C, 0}, {0x7E, 0}, {0x7E, 0}},           // shiftJis
     {{0x80, 0x20}, {0xC6, 0x02}, {0xFA, 0x04}},  // big5
@@ -138,7 +139,7 @@ void Pair::copyAscii(char** in, size_t* inLeft, char** out, size_t* outLeft) con
 
 Pair::Next Pair::readerOf(char c, Screen screen) {
     if (screen == Screen::shiftJis) return Next::itself;
-    if (byteAt(&c) == 0x80) return Next::invalid;
+    if (byteAt(&c) == 0x80 || byteAt(&c) == 0xFF) return Next::invalid;
     return screen == Screen::korean ? Next::wide : Next::wideOrStrict;
 }
 

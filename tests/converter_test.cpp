@@ -97,7 +97,7 @@ const Row rows[] = {
     {"control character checked", "EUC-KR", "EUC-KR", "a\x9az", {"a", EILSEQ, 1}},
     {"cut before a bad byte", "UTF-8", "EUC-KR", "\xb0\xa1\xb0\x80", {"가", EILSEQ, 2}},
     {"incomplete end", "UTF-8", "EUC-KR", "\xb0\xa1\xb0", {"가", EINVAL, 2}},
-    {"bad byte", "UTF-8", "EUC-KR", "\xb0\xa1\xff!", {"가", EILSEQ, 2}},
+    {"bad byte at the end", "UTF-8", "EUC-KR", "\xb0\xa1\xff", {"가", EILSEQ, 2}},
     {"Japanese control character", "EUC-JP", "EUC-JP", "\xb0\xa1\x93\xfa", {"\xb0\xa1", EILSEQ, 2}},
     {"single shifts", "UTF-8", "EUC-JP", "\x8e\xb1\x8f\xb0\xa1", {"ｱ丂", 0, 5}},
     {"backslash and tilde stay", "UTF-8", "SHIFT-JIS", "a\\\x95\x5c~\x83\x7e", {"a\\表~ミ", 0, 7}},
