@@ -12,25 +12,30 @@ namespace {
 using kit::taken;
 using std::string;
 
+// Every name leads to the page set of its family, and the converter knows it in both directions.
 TEST(Charset, Families) {
-    struct {
-        const char *name, *page;
-    } rows[] = {
-        {"eucjp", "SHIFT-JIS"},
-        {"iso-2022-kr", "EUC-KR"},
-        {"Extended_UNIX_Code_Packed_Format_for_Japanese", "SHIFT-JIS"},
-        {"JIS_C6220-1969-ro", "SHIFT-JIS"},
-        {"cn-gb", "GB2312"},
-        {"csISO57GB1988", "GB2312"},
-        {"UnicodeBIG", "BIG5"},
-        {"hz-gb-2312", "HZ"},
-        {"iso-8859-1", "iso-8859-1"},
-        {"EUC-KRX", "EUC-KRX"},
-        {"", ""},
-        {nullptr, ""},
-        {"a-name-of-more-than-thirty-characters", "a-name-of-more-than-thirty-cha"},
-    };
-    for (auto& row : rows) EXPECT_STREQ(getDefaultCharSet(row.name), row.page);
+    const char* families[][17] = {
+        {"EUC-KR", "EUCKR", "ISO-2022-KR", "CSISO2022KR", "CSEUCKR"},
+        {"SHIFT-JIS", "SJIS", "JP", "EUC-JP", "EUCJP", "ISO-2022-JP", "ISO-2022-JP-1",
+         "ISO-2022-JP-2", "CSISO2022JP", "ISO646-JP", "CSISO2022JP2",
+         "EXTENDED_UNIX_CODE_PACKED_FORMAT_FOR_JAPANESE", "JIS_C6220-1969-RO", "ISO-IR-14",
+         "CSISO14JISC6220RO", "CSEUCPKDFMTJAPANESE"},
+        {"GB2312", "CN-GB", "GB_1988-80", "CSISO57GB1988", "CSGB2312"},
+        {"BIG5", "BIG-5", "BIGFIVE", "BIG-FIVE", "CSBIG5", "CN-BIG5", "UNICODEBIG"},
+        {"HZ", "HZ-GB-2312"}};
+    for (auto& family : families)
+        for (const char** name = family; *name; name++) {
+            string lower = *name;
+            for (char& c : lower) c = static_cast<char>(tolower(c));
+            EXPECT_STREQ(getDefaultCharSet(lower.c_str()), family[0]);
+            EXPECT_EQ(taken(strConvCharSet(family[0], lower.c_str(), "Hello")), "Hello") << lower;
+            EXPECT_NE(taken(strConvCharSet(*name, family[0], "Hello")), "(null)") << *name;
+        }
+    for (const char* name : {"iso-8859-1", "EUC-KRX", ""})
+        EXPECT_STREQ(getDefaultCharSet(name), name);
+    EXPECT_STREQ(getDefaultCharSet(nullptr), "");
+    EXPECT_STREQ(getDefaultCharSet("a-name-of-more-than-thirty-characters"),
+                 "a-name-of-more-than-thirty-cha");
     char* last = getDefaultCharSet("big-five");
     EXPECT_STREQ(getDefaultCharSet(last), "BIG5");
 }
@@ -52,9 +57,7 @@ struct Row {
 TEST(Charset, ForDisplay) {
     const Row rows[] = {
         {"same set", "euc-kr", "\xb0\xa1", "\xb0\xa1"},
-        {"alias", "ISO-2022-JP", "\x1b$B0!\x1b(BA",
-         "\x88\x9f"
-         "A"},
+        {"alias", "ISO-2022-JP", "\x1b$B0!\x1b(BZ", "\x88\x9fZ"},
         {"own decoder", "iso-2022-jp", "\x1b$B-!\x1b(B", "\x87\x40"},
         {"own Korean decoder", "iso-2022-kr", "\x1b$)C\x0e\x30\x21\x0f\xff", "\xb0\xa1\xff"},
         {"aliases have no own decoder", "csiso2022jp", "\x1b$B-!\x1b(B", "(null)"},
@@ -65,7 +68,6 @@ TEST(Charset, ForDisplay) {
         {"utf8 is no UTF name here", "utf8", "é", "é"},
         {"one bad byte", "euc-kr", "\xb0\xa1\xff!", "(null)"},
         {"incomplete end", "euc-kr", "\xb0\xa1\xb0", "\xb0\xa1"},
-        {"HZ", "hz-gb-2312", "~{VP~}", "~{VP~}"},
         {"unknown set", "x-unknown", "abc", "(null)"},
         {"no set", "", "abc", "(null)"},
         {"empty text", "euc-kr", "", "(null)"},
@@ -90,8 +92,6 @@ TEST(Charset, ForSending) {
         {"a short text in a stateful set", "ISO-2022-KR", "\xb0\xa1", "\x1b$)C\x0e\x30\x21\x0f"},
         {"ends in ASCII", "ISO-2022-JP", "\x88\x9f", "\x1b$B0!\x1b(B"},
         {"same set", "euc-kr", "\xb0\xa1", "\xb0\xa1"},
-        {"HZ", "hz", "~{VP~}", "~{VP~}"},
-        {"empty", "euc-kr", "", "(null)"},
     };
     for (auto& row : rows)
         EXPECT_EQ(taken(mailEncodeCharSet(row.text.c_str(), row.charset)), row.expected)
@@ -107,11 +107,7 @@ TEST(Charset, LongTexts) {
     EXPECT_EQ(taken(strConvCharSet("utf-8", "shift-jis", sjis.c_str())), utf);
     EXPECT_EQ(taken(strConvCharSet("shift-jis", "utf-8", utf.c_str())), sjis);
     sjis.clear();
-    for (int i = 0; i < 20000; i++)
-        sjis +=
-            "\x88\x9f"
-            "a",
-            mail += "\x1b$B0!\x1b(Ba";
+    for (int i = 0; i < 20000; i++) sjis += "\x88\x9fz", mail += "\x1b$B0!\x1b(Bz";
     EXPECT_EQ(taken(strConvCharSet("iso-2022-jp", "shift-jis", sjis.c_str())), mail);
     EXPECT_EQ(strConvCharSet("utf-8", "euc-kr", nullptr), nullptr);
     EXPECT_EQ(strConvCharSet(nullptr, nullptr, "a"), nullptr);
@@ -121,12 +117,11 @@ TEST(Charset, GuessesTheSource) {
     struct {
         string text;
         const char* charset;
-    } rows[] = {{"abc", "EUC-KR"},
-                {"\xb0\xa1", "EUC-KR"},
+    } rows[] = {{"\xb0\xa1", "EUC-KR"},
                 {"\xb0\xa1\x8e\xb1", "EUC-JP"},
                 {"\xc9\xcf\xa9\xa4", "GB2312"},
                 {"\xa4\x40", "BIG5"},
-                {"\xff\x80", nullptr},
+                {"\xff", nullptr},
                 {"", nullptr}};
     for (auto& row : rows)
         EXPECT_STREQ(mailGetSrcCharSet(row.text.c_str()), row.charset) << row.text;

@@ -68,15 +68,11 @@ TEST(Kernels, GiveTheSameWithAndWithoutVectors) {
 }
 
 TEST(Base64, EncodesInEveryForm) {
-    const std::string full(57, 'a'), line = [] {
-        std::string s;
-        for (int i = 0; i < 19; i++) s += "YWFh";
-        return s;
-    }();
+    std::string full(57, 'a'), line;
+    for (int i = 0; i < 19; i++) line += "YWFh";
     const struct {
         std::string text, body, mail;
     } rows[] = {
-        {"a", "YQ==", "YQ=="},
         {"ab", "YWI=", "YWI="},
         {"\xff\xfe\xfd", "//79", "//79"},
         {full, line + "\n", line.substr(0, 56) + "\n" + line.substr(56)},
@@ -112,11 +108,8 @@ TEST(Base64, Decodes) {
         std::string text, buffer, mail, stream;
     } rows[] = {
         {"lines", "YWJj\nYQ==", "abca", "abca", "abca"},
-        {"incomplete last group", "YWJjYQ", "abc", "abc", "abc"},
         {"CR LF and junk", "YW\r\nJ*j\r\n", "abc", "abc", ""},
-        {"groups end with their line", "YW\nJjYQ\nYWJj", "abca\x06\x16", "abca\x06\x16",
-         "&6\x10"
-         "abc"},
+        {"groups end with their line", "YW\nJjYQ\nYWJj", "abca\6\26", "abca\6\26", "&6\20abc"},
         {"pads alone", "====", "", "", ""},
         {"text behind pads", "YQ==YWJj", "a\0\0a"s, "aabc", "a\0\0a"s},
         {"NUL bytes", "AGEAYWJj", "\0a\0abc"s, "abc", "\0a\0abc"s},
@@ -136,15 +129,11 @@ TEST(QuotedPrintable, Encodes) {
         std::string text, encoded;
     } rows[] = {
         {"", ""},
-        {"A=H", "=41=3DH"},
-        {"<>@G\x7f\xe9", "<=3E=40=47=7F=E9"},
-        {"x \n", "x =\n\n"},
-        {"x\t\r\ny ", "x\t=\n\ny =\n"},
-        {" \n \n", " =\n\n =\n\n"},
+        {"<=>AGH~\x7f\xe9", "<=3D=3E=41=47H~=7F=E9"},
+        {"x \nx\t\r\ny ", "x =\n\nx\t=\n\ny =\n"},
         {z, z.substr(0, 58) + "=\n" + z.substr(58)},
         {digits, digits.substr(0, 76) + "=\n" + digits.substr(76)},
         {z.substr(0, 58) + "\nb", z.substr(0, 58) + "=\n\nb"},
-        {z.substr(0, 57) + " \nb", z.substr(0, 57) + " =\n\nb"},
         {z.substr(0, 58) + "11z", z.substr(0, 58) + "11=\nz"},
         {std::string(20, '\xb0'), "=B0=B0=B0=B0=B0=B0=B0=B0=B0=B0=B0=B0=B0=B0=B0=B0=B0=B0=B0=B0"},
     };
@@ -175,31 +164,17 @@ TEST(QuotedPrintable, Decodes) {
     const struct {
         std::string text, line, mail, old;
     } rows[] = {
-        {"abc=\n", "abc", "abc", "abc"},
-        {"a=\r\nb", "a", "a\nb", "a\nb"},
-        {"=3d=41", "=A", "=A",
-         "\xff"
-         "A"},
-        {"a_b=00c", "a_b\0c"s, "a_bc", "a b=00c"},
-        {"=4", "=4", "=4", "=4"},
-        {"x=", "x=", "x=", "x="},
-        {"=G1=1G", "\x01\x20", "\x01\x20", "\xf1\xff"},
-        {"=0_", "(", "(", "\xff"},
-        {"=4\n5",
-         "\x1a"
-         "5",
-         "\x1a"
-         "5",
-         "\xff"
-         "5"},
+        {"abc=\n", "abc", "abc", "abc"}, {"a=\r\nb", "a", "a\nb", "a\nb"},
+        {"=3d=5A", "=Z", "=Z", "\xffZ"}, {"a_b=00c", "a_b\0c"s, "a_bc", "a b=00c"},
+        {"=4", "=4", "=4", "=4"},        {"=G1=1G", "\x01\x20", "\x01\x20", "\xf1\xff"},
+        {"=0_", "(", "(", "\xff"},       {"=4\nx", "\x1ax", "\x1ax", "\xffx"},
     };
     for (const auto& r : rows) {
         EXPECT_EQ(decoded(DecodeQP, r.text), r.line);
         EXPECT_EQ(kit::taken(mailDecodeQP(r.text.c_str())), r.mail);
         EXPECT_EQ(decoded(DecodeQP_ORG, r.text), r.old);
-        if (r.text != "a=\r\nb") {
-            EXPECT_EQ(streamed(strmDecodeQP, r.text), r.line);
-        }
+        // A text of two lines goes on behind its soft break in a stream.
+        EXPECT_EQ(streamed(strmDecodeQP, r.text), r.text == "a=\r\nb" ? "ab" : r.line);
     }
     EXPECT_EQ(streamed(strmDecodeQP, "a=\nb=\r\nc\n=\rx\nd"), "abc\nd");
     std::string same = "=41 b=42=43 c=";
@@ -212,8 +187,8 @@ TEST(Uuencode, Decodes) {
         const char *line, *expected;
         int announced;
     } rows[] = {
-        {"#86)C\n", "abc", 3}, {"\"86)C\n", "ab", 2}, {"#86)C", "abc", 3},      {"`\n", "kept", 0},
-        {"", "kept", 0},       {"#8", "`", 3},        {"M86)C\r\n", "abc", 45},
+        {"\"86)C\n", "ab", 2}, {"#86)C", "abc", 3}, {"`\n", "kept", 0},
+        {"", "kept", 0},       {"#8", "`", 3},      {"M86)C\r\n", "abc", 45},
     };
     for (const auto& r : rows) {
         char dst[64] = "kept";

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <string>
-#include <vector>
 
 #include "tests/kit/site.h"
 
@@ -17,55 +16,38 @@ struct Row {
     string value, expected;
 };
 
-const Row decoding[] = {
-    {"plain", "Hello", "Hello"},
-    {"empty", "", "(null)"},
-    {"Q", "=?iso-8859-1?Q?Caf=E9_au_lait?=", "Caf\xe9 au lait"},
-    {"blank between words", "=?euc-kr?B?sKE=?= =?euc-kr?b?sKI=?=", "\xb0\xa1 \xb0\xa2"},
-    {"Unicode", "=?utf-8?B?6rCA?=", "\xb0\xa1"},
-    {"Unicode with a language", "=?utf-8*ko?B?6rCA?=", "\xb0\xa1"},
-    {"the last set converts all",
-     "=?utf-8?Q?a?= \xb0\xa1 =?euc-kr?Q?=B0=A2?=", "a \xb0\xa1 \xb0\xa2"},
-    {"unknown set", "Re: =?x?q?a?= tail", "Re: a tail"},
-    {"no end", "=?euc-kr?B?abc", "abc"},
-    {"no end of the letter", "a=?euc-kr?B", "aB"},
-    {"no end of the set", "a =?euc-kr", "a euc-kr"},
-    {"start at the very end", "a=?", "a=?"},
-    {"no word", "=?=", "=?="},
-    {"no word, then one", "=?=?x?q?b?=", "=?b"},
-    {"empty words", "=?x?Q?\?=a=?x?B?\?=", "a"},
-    {"empty set counts as none", "=?euc-kr?Q?=B0=A1?= =??\?=B0?=", "\xb0\xa1 \xb0"},
-    {"end right behind the letter", "=?x?Q?=41?=", "A"},
-    {"escaped underscore", "=?x?Q?a=5Fb_c?=", "a_b c"},
-    {"letter that nobody knows", "=?x?z?=41?=", "=41"},
-    {"letter that carries over", "=?x?Q?=41?= =?x?z?=41?=", "A A"},
-    {"soft break ends the word", "=?x?Q?a=\nb?=c", "ac"},
-    {"NUL ends the word", "=?x?B?YQBi?=c", "ac"},
-    {"NUL escape", "=?x?Q?a=00b?=c", "ac"},
-    {"raw Japanese", "\x1b$B0!\x1b(B", "\x88\x9f"},
-    {"raw Korean", "a\x1b$)C\x0e\x30\x21\x0f", "a\xb0\xa1"},
-    {"raw Korean behind a line end", "\n\x1b$)C\x0e\x30\x21\x0f", "\n\x1b$)C\x0e\x30\x21\x0f"},
-    {"bytes that do not convert", "=?euc-kr?Q?=FF=41?=",
-     "\xff"
-     "A"},
-};
-
 TEST(EncodedWords, Decode) {
-    for (auto& row : decoding)
+    const Row rows[] = {
+        {"empty", "", "(null)"},
+        {"Q", "=?iso-8859-1?Q?Caf=E9_au_lait?=", "Caf\xe9 au lait"},
+        {"blank between words", "=?euc-kr?B?sKE=?= =?euc-kr?b?sKI=?=", "\xb0\xa1 \xb0\xa2"},
+        {"Unicode, with a language", "=?utf-8?B?6rCA?==?utf-8*ko?B?6rCA?=", "\xb0\xa1\xb0\xa1"},
+        {"the last set converts all",
+         "=?utf-8?Q?a?= \xb0\xa1 =?euc-kr?Q?=B0=A2?=", "a \xb0\xa1 \xb0\xa2"},
+        {"unknown set", "Re: =?x?q?a?= tail", "Re: a tail"},
+        {"no end", "=?euc-kr?B?abc", "abc"},
+        {"no end of the letter", "a=?euc-kr?B", "aB"},
+        {"no end of the set", "a =?euc-kr", "a euc-kr"},
+        {"start at the very end", "a=?", "a=?"},
+        {"no word, then one", "=?=?x?q?b?=", "=?b"},
+        {"empty words", "=?x?Q?\?=a=?x?B?\?=", "a"},
+        {"empty set counts as none", "=?euc-kr?Q?=B0=A1?= =??\?=B0?=", "\xb0\xa1 \xb0"},
+        {"end right behind the letter", "=?x?Q?=41?=", "A"},
+        {"escaped underscore", "=?x?Q?a=5Fb_c?=", "a_b c"},
+        {"letter that nobody knows", "=?x?z?=41?=", "=41"},
+        {"letter that carries over", "=?x?Q?=41?= =?x?z?=41?=", "A A"},
+        {"soft break ends the word", "=?x?Q?a=\nb?=c", "ac"},
+        {"NUL ends the word", "=?x?B?YQBi?=c", "ac"},
+        {"raw Japanese", "\x1b$B0!\x1b(B", "\x88\x9f"},
+        {"raw Korean", "a\x1b$)C\x0e\x30\x21\x0f", "a\xb0\xa1"},
+        {"raw Korean behind a line end", "\n\x1b$)C\x0e\x30\x21\x0f", "\n\x1b$)C\x0e\x30\x21\x0f"},
+        {"bytes that do not convert", "=?euc-kr?Q?=FF=5A?=", "\xffZ"},
+    };
+    for (auto& row : rows)
         EXPECT_EQ(taken(mailDecodeSubject(row.value.c_str())), row.expected) << row.label;
     EXPECT_EQ(mailDecodeSubject(nullptr), nullptr);
     string longName = "=?" + string(200, 'x') + "?Q?=41?=";
     EXPECT_EQ(taken(mailDecodeSubject(longName.c_str())), "A");
-}
-
-// Every start of every value is a value too, in a text of its exact size.
-TEST(EncodedWords, DecodePrefixes) {
-    for (auto& row : decoding)
-        for (size_t n = 1; n <= row.value.size(); n++) {
-            std::vector<char> exact(row.value.begin(), row.value.begin() + static_cast<long>(n));
-            exact.push_back(0);
-            EXPECT_NE(taken(mailDecodeSubject(exact.data())), "(null)") << row.label;
-        }
 }
 
 struct EncodeRow {
@@ -77,7 +59,6 @@ TEST(EncodedWords, EncodeBase64) {
     const string word42 = "MDEyMzQ1Njc4OTAxMjM0NTY3ODkwMTIzNDU2Nzg5MDEyMzQ1Njc4OTAx",
                  text42 = "012345678901234567890123456789012345678901";
     const EncodeRow rows[] = {
-        {"one group", "abc", "EUC-KR", "=?euc-kr?B?YWJj?="},
         {"a full word", text42, "x", "=?x?B?" + word42 + "?="},
         {"one byte more", text42 + "a", "x", "=?x?B?" + word42 + "?=\n\t=?x?B?YQ==?="},
         {"language prefix", "a", "KOR-UTF-8", "=?utf-8?B?YQ==?="},
@@ -125,7 +106,6 @@ TEST(EncodedWords, EncodeSubject) {
         {"unknown set", "a", "X-Set", 3, "=?x-set?B?YQ==?="},
         {"does not convert, without words", "\xff\xff", "euc-kr", 0, "\xff\xff"},
         {"no set", "a", "", 3, "a"},
-        {"NULL set", "a", nullptr, 3, "a"},
         {"empty", "", "euc-kr", 3, "(null)"},
         {"empty without words", "", "euc-kr", 1, ""},
         {"NULL", nullptr, "euc-kr", 1, "(null)"},

@@ -39,47 +39,17 @@ TEST(Iso2022, Converts) {
         Converter convert;
         std::string text, expected;
     } rows[] = {
-        {"Korean", DecodeISO2022KR,
-         "\x1b$)C\x0e\x30\x21\x0f"
-         "A",
-         "\xb0\xa1"
-         "A"},
+        {"Korean", DecodeISO2022KR, "\x1b$)C\x0e\x30\x21\x0fZ", "\xb0\xa1Z"},
         {"blanks and line ends in Korean", DecodeISO2022KR, "\x0e\x30 \t\n0", "\xb0 \t\x8a\xb0"},
         {"other escapes stay", DecodeISO2022KR, "\x1b$)\xa1", "\x1b$)\xa1"},
-        {"Japanese", DecodeISO2022JP, "\x1b$B\x30\x21\x1b(BA",
-         "\x88\x9f"
-         "A"},
+        {"Japanese", DecodeISO2022JP, "\x1b$B\x30\x21\x1b(BZ", "\x88\x9fZ"},
+        {"edges of rows", DecodeISO2022JP, "\x1b$B`~_`^!!_", "\xe0\xfc\xe0\x80\x9f\x9f\x81\x7e"},
         {"other designators are text", DecodeISO2022JP, "\x1b(JA\x1b$@", "\x1b(JA\x1b$@"},
-        {"blank between kanji", DecodeISO2022JP, "\x1b$B\x30\x21 !!", "\x88\x9f \x81\x40"},
-        {"lone byte of kanji", DecodeISO2022JP, "\x1b$B\x30\x21\x30", "\x88\x9f\x30"},
-        {"EUC-JP", DecodeEucJP2ShiftJIS,
-         "\xb0\xa1\x8e\xb1"
-         "A",
-         "\x88\x9f\xb1"
-         "A"},
-        {"cut and odd pairs", DecodeEucJP2ShiftJIS,
-         "\x8e"
-         "A\xb0"
-         "A\x8e\xe0"
-         "A\xb0",
-         "\x8e"
-         "A\xb0"
-         "A\x8e\xe0"
-         "A\xb0"},
+        {"blank, lone byte", DecodeISO2022JP, "\x1b$B\x30\x21 !!0", "\x88\x9f \x81\x40\x30"},
+        {"EUC-JP", DecodeEucJP2ShiftJIS, "\xb0\xa1\x8e\xb1Z", "\x88\x9f\xb1Z"},
+        {"odd pairs", DecodeEucJP2ShiftJIS, "\x8eZ\xb0Z\x8e\xe0Z\xb0", "\x8eZ\xb0Z\x8e\xe0Z\xb0"},
     };
     for (const auto& r : rows) EXPECT_EQ(converted(r.convert, r.text), r.expected) << r.label;
-}
-
-TEST(Iso2022, ShiftsJisPairs) {
-    const int rows[][4] = {{0x30, 0x21, 0x88, 0x9F}, {0x21, 0x21, 0x81, 0x40},
-                           {0x60, 0x7E, 0xE0, 0xFC}, {0x5F, 0x60, 0xE0, 0x80},
-                           {0x5E, 0x21, 0x9F, 0x9F}, {0x21, 0x5F, 0x81, 0x7E}};
-    for (const auto& r : rows) {
-        int c1 = r[0], c2 = r[1];
-        jis2sjis(&c1, &c2);
-        EXPECT_EQ(c1, r[2]);
-        EXPECT_EQ(c2, r[3]);
-    }
 }
 
 TEST(Iso2022, StreamDecodesFromTheDesignatorOn) {
