@@ -40,9 +40,7 @@ void printView(const Args& args, void (*callback)(const char*, void**)) {
     view.select = shown.number;
     view.msgId = shown.message->messageId ? shown.message->messageId : noId;
     snprintf(view.fldrName, sizeof view.fldrName, "%s", name.c_str());
-    // Links need a server; without a configuration they point at the web server of this machine.
-    if (!*conf.serverName) snprintf(conf.serverName, sizeof conf.serverName, "localhost");
-    if (conf.httpdPort == 0) conf.httpdPort = 80;
+    if (conf.httpdPort == 0) conf.httpdPort = 80;  // no configuration was read
     void* slot = &view;
     callback(nullptr, &slot);
 }

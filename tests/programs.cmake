@@ -10,3 +10,8 @@ add_test(NAME rewrite_faults COMMAND rewrite_faults)
 
 # What the program shows of the sample mailbox, against the truth that its generator wrote.
 add_test(NAME sample_mailbox COMMAND python3 ${CMAKE_CURRENT_SOURCE_DIR}/sample_mailbox.py $<TARGET_FILE:attalven_cmd>)
+
+# Pages as Chromium shows them; screenshots stay in the build folder.
+add_test(NAME browser_pages COMMAND python3 ${CMAKE_CURRENT_SOURCE_DIR}/browser/pages.py $<TARGET_FILE:attalven_cmd>
+    ${CMAKE_CURRENT_SOURCE_DIR}/data ${CMAKE_BINARY_DIR}/browser)
+set_tests_properties(browser_pages PROPERTIES TIMEOUT 300)
