@@ -67,8 +67,7 @@ ATTALVEN_API void strmDecodeBase64(FILE* out, FILE* in, int length);
  * are, CR is dropped, LF is a line end, a blank before a line end is followed by a soft break.
  * Lines are folded at 58 characters, or at 76 before a byte of 33 to 60. The position in the line
  * is a counter of the process (x_pos), shared by these three and never reset, so that a text may
- * come in pieces. Each gives the encoded length; strmDestEncodeQP 0 when memory is out;
- * strmEncodeQP nothing.
+ * come in pieces. Each gives the encoded length, strmEncodeQP nothing.
  */
 ATTALVEN_API int EncodeQP(char* dst, const char* text);
 ATTALVEN_API int strmDestEncodeQP(FILE* out, const char* text);
@@ -213,9 +212,9 @@ ATTALVEN_API char* mailDecodeSubject(const char* text);
  * and writes it as "Q" (code 2) or "B" (code 3) encoded words, or without words (any other code).
  * The words fold over lines that begin with a TAB. Text that does not convert is written as it is,
  * labelled with its page character set; with an empty or NULL `charset` the result is a copy of
- * `text`. Result: a new text. Caller frees with free(). NULL when `text` is NULL (an empty text
- * gives NULL with codes 2 and 3) or memory is out. Code 2 counts on the `x_pos` of
- * mailEncodeSubjectQP. */
+ * `text`. Result: a new text. Caller frees with free(). NULL when `text` is NULL (with codes 2
+ * and 3 also when it is empty or half a character) or memory is out. Code 2 counts on the `x_pos`
+ * of mailEncodeSubjectQP. */
 ATTALVEN_API char* mailEncodeSubject(const char* text, const char* charset, int code);
 
 /* Write a text that is already in the set `charset` as encoded words: Q words, folded when more
