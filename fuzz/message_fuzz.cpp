@@ -8,10 +8,10 @@
 #include <string>
 
 #include "mail/parse/header_lines.h"
-#include "mail/parse/mail_addr.h"
-#include "mail/parse/mail_hdr.h"
+#include "tests/kit/summary.h"
 
 using namespace attalven;
+using kit::shown;
 
 namespace {
 
@@ -33,19 +33,6 @@ void checkChain(const MailBody* part, int64_t from, int64_t to, int depth) {
         checkChain(part->child, part->bodyOffset, end, depth + 1);
         from = end;
     }
-}
-
-std::string shown(const HeaderSummary& s) {
-    std::string all;
-    for (const Text* t : {&s.from, &s.subject, &s.messageId}) all += std::string(t->view()) + "|";
-    return all + std::to_string(s.priority) + "|" + std::to_string(s.status) + "|" +
-           std::to_string(s.date);
-}
-
-std::string shown(const MailInfo& m) {
-    return std::string(bareAddress(m.from).view()) + "|" + (m.subject ? m.subject : "") + "|" +
-           (m.messageId ? m.messageId : "") + "|" + std::to_string(m.priority) + "|" +
-           std::to_string(m.status) + "|" + std::to_string(m.date);
 }
 
 void checkSummary(const MailInfo& m, string_view file, FILE* fp) {
