@@ -55,8 +55,9 @@ Sibling writeSibling(const char* path, const struct stat* old, string_view conte
     Descriptor fd = makeSibling(path, name);
     // Out of space or descriptors is a failure; a directory that takes no new file is none.
     if (!fd)
-        return errno == EACCES || errno == EPERM || errno == ENOENT ? Sibling::kImpossible
-                                                                    : Sibling::kFailed;
+        return errno == EACCES || errno == EPERM || errno == ENOENT || errno == EROFS
+                   ? Sibling::kImpossible
+                   : Sibling::kFailed;
     Sibling result = Sibling::kFailed;
     if (old ? !takeOwnerAndMode(fd.get(), *old) : fchmod(fd.get(), 0600) != 0)
         result = Sibling::kImpossible;
