@@ -101,8 +101,9 @@ ATTALVEN_API int mailChkValidUserId(const char* id);
  * Message `number` of the table in `conf.rootDir`/conf, in the language of the page
  * (getTemplateLang()), with its conversions filled like printf; empty when there is none, cut to
  * 300 bytes. Only plain conversions are followed (flags, width and precision up to 300, h l z j t,
- * and one of d i u x X o c s p e f g %); the caller passes the arguments that the message takes.
- * Any other conversion stands as it is. Static: valid for the next four calls (five slots in turn).
+ * and one of d i u x X o c s p e E f F g G %); the caller passes the arguments that the message
+ * takes. Any other conversion stands as it is. Static: valid for the next four calls (five slots in
+ * turn).
  */
 ATTALVEN_API char* mailGetMsg(int number, ...);
 

@@ -25,7 +25,7 @@ TEST_F(Login, FormatsKeepOnlyWhatTheArgumentsServe) {
         const char* expected;
     } rows[] = {
         {"%d of %-5s, %05.2f%%", any, "%d of %-5s, %05.2f%%"},
-        {"%lld %hhu %zx %lf %p %c", any, "%lld %hhu %zx %lf %p %c"},
+        {"%lld %hhu %zx %lF %p %c %G", any, "%lld %hhu %zx %lF %p %c %G"},
         {"%n %hn", any, "%%n %%hn"},
         {"%*d %.*s %1$d", any, "%%*d %%.*s %%1$d"},
         {"%300d %301d %.300s %.301s %99999999999d", any,

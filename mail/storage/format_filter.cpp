@@ -39,7 +39,7 @@ struct Conversion {
         rest.remove_prefix(1);
         if (isOneOf(type, "diuxXo")) return !onlyInt || length.empty();
         if (type == 'c') return length.empty();
-        if (isOneOf(type, "efg")) return !onlyInt && (length.empty() || length == "l");
+        if (isOneOf(type, "eEfFgG")) return !onlyInt && (length.empty() || length == "l");
         return isOneOf(type, "sp") && !onlyInt && length.empty();
     }
     bool take(bool onlyInt) {
