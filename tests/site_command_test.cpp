@@ -49,17 +49,14 @@ TEST_F(SiteCommand, UsersAndTheirSettings) {
         {"of another domain", "user add kim --domain b.example",
          "0 kim@b.example: mail arrives in " + site() + "/spool/b.example/k/i/kim\n"},
         {"bad id", "user add ../k",
-         "1 attalven user: \"../k\" is no user id here: 2 to 15 small letters, "
-         "digits, dots, "
+         "1 attalven user: \"../k\" is no user id here: 2 to 15 small letters, digits, dots, "
          "hyphens, underscores\n"},
         {"bad domain", "user add kim --domain ../b.example",
-         "1 attalven user: \"../b.example\" is no domain name (letters, digits, "
-         "dots and "
+         "1 attalven user: \"../b.example\" is no domain name (letters, digits, dots and "
          "hyphens)\n"},
         {"set", "prefs set kim page_size=33 'EMAIL_NAME=Kim Lee'", "0 "},
         {"a key is whole", "prefs set kim PAGE_SIZES=1",
-         "1 attalven prefs: no setting \"PAGE_SIZES\"; \"attalven prefs show\" "
-         "lists them\n"},
+         "1 attalven prefs: no setting \"PAGE_SIZES\"; \"attalven prefs show\" lists them\n"},
         {"site", "prefs set QUOTA=9", "0 "},
     };
     for (const auto& r : rows) EXPECT_EQ(run(r.command), r.expected) << r.label;

@@ -1,7 +1,5 @@
 #include <sys/stat.h>
 
-#include <array>
-
 #include "kit/site.h"
 #include "mail/storage/mail_sm.h"
 
@@ -22,7 +20,6 @@ TEST_F(Storage, PathsNeverLeaveTheTree) {
          "b.example/K/i/Kim", "b.example/K/i"},
         {"domain without dot", "kim", "other", "k/i", "k", "k/i/kim", "k/i"},
         {"one character", "k", "", "k/=", "k", "k/=/k", "k/="},
-        {"empty", "", "", "=/=", "=", "=/=/=", "=/="},
         {"missing", nullptr, nullptr, "=/=", "=", "=/=/=", "=/="},
         {"parent", "..", "..", "==/=/=", "==/=", "==/=/=/==", "==/=/="},
         {"climbing", "a/../b", "../x.y", "..=x.y/a/=", "..=x.y/a", "..=x.y/a/=/a=..=b",
@@ -39,18 +36,15 @@ TEST_F(Storage, PathsNeverLeaveTheTree) {
     std::string wide(252, 'w');
     EXPECT_STREQ(smGetUserLogicalMBoxPath(wide.c_str(), ""), "=") << "a cut path is another user's";
     EXPECT_EQ(smGetUserLogicalMBoxPath(wide.substr(1).c_str(), ""), "w/w/" + wide.substr(1));
-}
 
-TEST_F(Storage, EachPathFunctionHasABufferOfItsOwn) {
-    std::array results = {
-        smGetUserPhysicalSpoolPath("ab", ""),       smGetUserLogicalSpoolPath("cd", ""),
-        smGetUserLogicalSymLinkSpoolPath("ef", ""), smGetUserPhysicalMBoxPath("gh", ""),
-        smGetUserLogicalMBoxPath("ij", ""),         smGetUserLogicalSymLinkMBoxPath("kl", "")};
+    // Each function has a buffer of its own.
     std::string dump;
-    for (char* path : results) dump += std::string(path) + " ";
+    for (char* path :
+         {smGetUserPhysicalSpoolPath("ab", ""), smGetUserLogicalSpoolPath("cd", ""),
+          smGetUserLogicalSymLinkSpoolPath("ef", ""), smGetUserPhysicalMBoxPath("gh", ""),
+          mailGetUserMBoxPath("ij"), smGetUserLogicalSymLinkMBoxPath("kl", "")})
+        dump += std::string(path) + " ";
     EXPECT_EQ(dump, "a/b c/d e g/h/gh i/j/ij k/l ");
-    EXPECT_STREQ(mailGetUserMBoxPath("kim"), "k/i/kim");
-    EXPECT_STREQ(results[4], "k/i/kim");
 }
 
 TEST_F(Storage, MakesMissingDirectoriesOnly) {
@@ -110,37 +104,21 @@ TEST_F(Storage, ChoosesAPartition) {
 TEST_F(Storage, ChecksDomainsAndIds) {
     std::string list = dir + "/sendmail.cw";
     kit::writeFile(list, "# b.example\nexample.org\n  Mail.Example.ORG \r\n#c.example");
-    const struct {
-        const char* domain;
-        bool listed;
-    } domains[] = {{"EXAMPLE.org", true},
-                   {"mail.example.org", true},
-                   {"b.example", false},
-                   {"#c.example", false},
-                   {"", false}};
-    for (const auto& d : domains)
-        EXPECT_EQ(attalven::listsDomain(list.c_str(), d.domain), d.listed) << d.domain;
+    std::string listed;
+    for (const char* d : {"EXAMPLE.org", "mail.example.org", "b.example", "#c.example", ""})
+        listed += attalven::listsDomain(list.c_str(), d) ? '1' : '0';
+    EXPECT_EQ(listed, "11000");
     EXPECT_EQ(smChkValidMailDomainName(nullptr), 0);
 
     const struct {
         const char* id;
         int plain, withCase, systemAccount;
-    } ids[] = {
-        {"kim", 1, 1, 1},
-        {"Kim", 0, 1, 0},
-        {"1kim", 1, 1, 0},
-        {"kim lee", 0, 0, 0},
-        {"a/b", 0, 0, 0},
-        {"a@b", 0, 0, 0},
-        {"kim.lee", 1, 1, 1},
-        {"kim-lee_2", 1, 1, 1},
-        {"", 1, 1, 1},
-        {"k\xc0m", 0, 0, 0},
-        {"a=b", 0, 0, 0},
-        {"a\"b", 0, 0, 0},
-        {"abcdefghijklmno", 1, 1, 1},
-        {"abcdefghijklmnop", 0, 0, 0},
-    };
+    } ids[] = {{"kim.lee-k_2", 1, 1, 1},
+               {"Kim", 0, 1, 0},
+               {"1kim", 1, 1, 0},
+               {"", 1, 1, 1},
+               {"abcdefghijklmno", 1, 1, 1},
+               {"abcdefghijklmnop", 0, 0, 0}};
     for (const auto& r : ids) {
         admOptions = {};
         EXPECT_EQ(mailChkValidUserId(r.id), r.plain) << r.id;
@@ -150,6 +128,9 @@ TEST_F(Storage, ChecksDomainsAndIds) {
         admOptions.passwdFlag = 1;
         EXPECT_EQ(mailChkValidUserId(r.id), r.systemAccount) << r.id;
     }
+    admOptions = {};
+    for (char c : std::string_view("\"+<>#%{}|\\^~[]';/?:@=&$ \xC0\x80"))
+        EXPECT_EQ(mailChkValidUserId((std::string("k") + c).c_str()), 0) << c;
     EXPECT_EQ(mailChkValidUserId(nullptr), 0);
 }
 
