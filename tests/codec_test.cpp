@@ -223,7 +223,7 @@ TEST(StreamForms, TakeLinesThatBeginInThePart) {
 }
 
 TEST(StreamForms, CarryAcrossPiecesOfOneLine) {
-    for (size_t pad : {5117, 5118, 5119}) {
+    for (size_t pad : {5117u, 5118u, 5119u}) {
         std::string plain(pad, 'x'), group = "YWJj";
         EXPECT_EQ(streamed(strmDecodeQP, plain + "=41=\ny"), plain + "Ay") << pad;
         EXPECT_EQ(streamed(strmDecodeBase64, std::string(pad, '*') + group + "\n"), "abc") << pad;

@@ -17,6 +17,15 @@
 
 namespace kit {
 
+/// AddressSanitizer cannot live under the data limit that mailGetConf() sets.
+#if defined(__SANITIZE_ADDRESS__)
+constexpr bool kAddressSanitizer = true;
+#elif defined(__has_feature)
+constexpr bool kAddressSanitizer = __has_feature(address_sanitizer);
+#else
+constexpr bool kAddressSanitizer = false;
+#endif
+
 struct CloseFile {
     void operator()(FILE* f) const { fclose(f); }
 };
