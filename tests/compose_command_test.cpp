@@ -15,10 +15,7 @@ class ComposeCommand : public kit::Site {
     std::string run(std::string line) {
         for (size_t at; (at = line.find("A ")) != std::string::npos;)
             line.replace(at, 1, BIN_DIR "/attalven");
-        FILE* pipe = popen(("cd " + dir + "; " + line + " 2>/dev/null").c_str(), "r");
-        std::string output;
-        for (int c; (c = fgetc(pipe)) != EOF;) output += static_cast<char>(c);
-        return std::to_string(WEXITSTATUS(pclose(pipe))) + " " + output;
+        return kit::outputOfShell("cd " + dir + "; " + line + " 2>/dev/null");
     }
 };
 

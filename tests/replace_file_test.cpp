@@ -25,9 +25,9 @@ using ReplaceFile = kit::Site;
 TEST_F(ReplaceFile, KeepsTheOldFileWhenTheDiskOrTheLimitIsFull) {
     std::string path = dir + "/settings", big(64 * 1024, 'x');
     writeFile(path, "old");
-    struct rlimit before, small = {8192, RLIM_INFINITY};
+    struct rlimit before;
     getrlimit(RLIMIT_FSIZE, &before);
-    small.rlim_max = before.rlim_max;
+    struct rlimit small = {8192, before.rlim_max};
     setrlimit(RLIMIT_FSIZE, &small);
     EXPECT_EQ(replaceFile(path.c_str(), big), Replaced::kNotWritten);
     fs::create_hard_link(path, dir + "/second");  // only the file itself may be overwritten now
@@ -64,8 +64,6 @@ TEST_F(ReplaceFile, GoesThroughLinksAndRefusesWhatIsNoFile) {
     EXPECT_EQ(modeOf(path), 0604);
     EXPECT_EQ(replaceFile(loose.c_str(), "later"), Replaced::kDone);
     EXPECT_EQ(readFile(dir + "/later"), "later");
-    EXPECT_EQ(replaceFile(path.c_str(), ""), Replaced::kDone);
-    EXPECT_EQ(readFile(path), "");
     ASSERT_EQ(mkfifo((dir + "/fifo").c_str(), 0600), 0);
     for (const char* name : {"/fifo", "/spool", "/gone/settings"})
         EXPECT_EQ(replaceFile((dir + name).c_str(), "x"), Replaced::kNotOpened) << name;

@@ -1,7 +1,6 @@
 // The commands for sites, users and settings, as an operator runs them.
 
 #include <cstdlib>
-#include <filesystem>
 
 #include "kit/site.h"
 
@@ -13,11 +12,7 @@ class SiteCommand : public kit::Site {
     std::string site() const { return dir + "/site"; }
     /// Exit code and output, both streams, of "attalven <arguments>".
     static std::string run(const std::string& arguments) {
-        FILE* pipe = popen((BIN_DIR "/attalven " + arguments + " 2>&1").c_str(), "r");
-        if (!pipe) abort();
-        std::string output;
-        for (int c; (c = fgetc(pipe)) != EOF;) output += static_cast<char>(c);
-        return std::to_string(WEXITSTATUS(pclose(pipe))) + " " + output;
+        return kit::outputOfShell(BIN_DIR "/attalven " + arguments + " 2>&1");
     }
 };
 

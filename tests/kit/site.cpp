@@ -68,6 +68,12 @@ std::string outputOf(const std::function<void()>& call) {
     return contentOf(out.get());
 }
 
+std::string outputOfShell(const std::string& line) {
+    int status = -1;
+    std::string output = outputOf([&] { status = system(line.c_str()); });
+    return std::to_string(WEXITSTATUS(status)) + " " + output;
+}
+
 Site::Site() {
     char name[] = "/tmp/attalven-test-XXXXXX";
     if (!mkdtemp(name)) abort();

@@ -45,6 +45,8 @@ int filesIn(const std::string& path);
 std::string taken(char* text);
 /// What `call` wrote to the process's standard output.
 std::string outputOf(const std::function<void()>& call);
+/// Exit code, blank and standard output of a shell line.
+std::string outputOfShell(const std::string& line);
 
 /// A fixture with a temporary folder `dir` and fresh records: conf.rootDir, docRootDir,
 /// spoolRootDir and mboxRootDir lie below `dir` and exist; mail domain example.org, host
