@@ -1,9 +1,12 @@
 // Display: a 10 MB text of each character set from stored body to page text against iconv of the
-// same bytes, and the download of a 25 MB part against cp. Prints ratios; interleaved runs, best
-// of five.
+// same bytes; the download of a 25 MB part against cp, and the memory that 1 GiB takes; one message
+// view, from process start to last byte, against an empty program. Interleaved runs, the best of
+// each.
 
 #include <fcntl.h>
 #include <iconv.h>
+#include <spawn.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <time.h>
 #include <unistd.h>
@@ -110,62 +113,130 @@ void benchText(const Set& set) {
 
 double runOf(const char* const* argv) {
     return timeOf([argv] {
-        pid_t child = fork();
-        if (child == 0) {
-            execvp(argv[0], const_cast<char* const*>(argv));
-            _exit(127);
-        }
-        waitpid(child, nullptr, 0);
+        pid_t child;
+        if (posix_spawnp(&child, argv[0], nullptr, nullptr, const_cast<char* const*>(argv),
+                         environ) == 0)
+            waitpid(child, nullptr, 0);
     });
 }
 
-/// The download in a process of its own, as the web server runs it, to a file as cp writes it.
-double downloadTime(const char* path, MailInfo* msg, const char* target) {
-    return timeOf([&] {
-        pid_t child = fork();
-        if (child == 0) {
-            FILE* in = fopen(path, "r");
-            if (in && freopen(target, "w", stdout)) mailSaveAttachFile(msg, 0, "f", 0, in);
-            exit(0);
-        }
-        waitpid(child, nullptr, 0);
-    });
-}
-
-void benchDownload(const char* label, int code, const std::string& content) {
-    char path[] = "/tmp/display-bench-XXXXXX";
-    std::string target = std::string(mkdtemp(path)) + "/out", source = std::string(path) + "/in";
-    FILE* file = fopen(source.c_str(), "w");
-    fwrite(content.data(), 1, content.size(), file);
-    fclose(file);
+/// A message of one part, as the parser would leave it.
+MailInfo* messageOf(int code, int size) {
     MailInfo* msg = mailNewHeader();
     msg->body = mailNewBody();
     msg->body->type = 2;
     msg->body->encoding = code;
     msg->body->fileName = strdup("f");
-    msg->body->bodySize = static_cast<int>(content.size());
+    msg->body->bodySize = size;
+    return msg;
+}
+
+/// The download in a process of its own, as the web server runs it, to a file as cp writes it.
+int saveFile(const char* path, int code, int size, const char* target) {
+    FILE* in = fopen(path, "r");
+    if (!in || !freopen(target, "w", stdout)) return 1;
+    mailSaveAttachFile(messageOf(code, size), 0, "f", 0, in);
+    return 0;
+}
+
+void benchDownload(const char* self, const char* label, int code, const std::string& content) {
+    char path[] = "/tmp/display-bench-XXXXXX";
+    std::string target = std::string(mkdtemp(path)) + "/out", source = std::string(path) + "/in";
+    std::string coding = std::to_string(code), size = std::to_string(content.size());
+    FILE* file = fopen(source.c_str(), "w");
+    fwrite(content.data(), 1, content.size(), file);
+    fclose(file);
     const char* copy[] = {"cp", source.c_str(), target.c_str(), nullptr};
+    const char* save[] = {self,         "save",         source.c_str(), coding.c_str(),
+                          size.c_str(), target.c_str(), nullptr};
     double mine = 1e9, bare = 1e9;
-    for (int run = 0; run < kRuns; run++) {
-        mine = std::min(mine, downloadTime(source.c_str(), msg, target.c_str()));
+    for (int run = 0; run < 3 * kRuns; run++) {
+        mine = std::min(mine, runOf(save));
         bare = std::min(bare, runOf(copy));
     }
     printf("download of 25 MB %-16s %6.1f ms  cp %6.1f ms  ratio %.2f\n", label, mine * 1e3,
            bare * 1e3, mine / bare);
-    mailFree(&msg);
     unlink(source.c_str());
     unlink(target.c_str());
     rmdir(path);
 }
 
+/// Peak memory of a process that downloads `size` bytes of a sparse file, in KiB.
+long downloadPeak(FILE* file, int size) {
+    pid_t child = fork();
+    if (child == 0) {
+        MailBody part = {};
+        part.bodySize = size;
+        FILE* out = fopen("/dev/null", "w");
+        mailDecodeAttachFile(&part, file, out);
+        _exit(0);
+    }
+    rusage usage = {};
+    wait4(child, nullptr, 0, &usage);
+    return usage.ru_maxrss;
+}
+
+void benchMemory() {
+    constexpr int kGiB = 1 << 30;
+    FILE* file = tmpfile();
+    if (ftruncate(fileno(file), kGiB) != 0) return;
+    long small = downloadPeak(file, 1 << 20), large = downloadPeak(file, kGiB);
+    printf("download of 1 GiB: %ld KiB more than 1 MiB takes\n", large - small);
+    fclose(file);
+}
+
+/// What a page program does: open the folder, parse the message there, print its body.
+int viewMessage(const char* path, int offset, int size) {
+    FILE* file = fopen(path, "r");
+    if (!file) return 1;
+    MailInfo* msg = mailProcessing(offset, size, "", file);
+    char id[] = "id";
+    MailView view = {0, msg->body, &file, 1, id, "inbox"};
+    void* slot = &view;
+    pfnMailBody(nullptr, &slot);
+    return 0;
+}
+
+void benchView(const char* self) {
+    char path[] = "/tmp/display-bench-XXXXXX";
+    FILE* file = fdopen(mkstemp(path), "w");
+    const std::string message = repeated(
+        "From a@b Mon Jan  1 00:00:00 2024\nSubject: =?euc-kr?B?sKE=?=\nFrom: a@b\n"
+        "Content-Type: text/plain; charset=euc-kr\n\n" +
+            repeated(inCharset("euc-kr", kSets[1].sample), 3000) + "\n",
+        60'000'000);
+    fwrite(message.data(), 1, message.size(), file);
+    fclose(file);
+    size_t size = message.find("\nFrom a@b") + 1, offset = size * 15'000;
+    std::string at = std::to_string(offset), length = std::to_string(size);
+    const char* view[] = {self, "view", path, at.c_str(), length.c_str(), nullptr};
+    const char* empty[] = {self, "empty", nullptr};
+    double mine = 1e9, bare = 1e9;
+    for (int run = 0; run < 40; run++) {
+        mine = std::min(mine, runOf(view));
+        bare = std::min(bare, runOf(empty));
+    }
+    printf("message view %.2f ms  empty program %.2f ms  difference %.2f ms\n", mine * 1e3,
+           bare * 1e3, (mine - bare) * 1e3);
+    unlink(path);
+}
+
 }  // namespace
 
-int main() {
+int main(int argc, char** argv) {
+    if (argc == 2) return 0;
+    if (argc == 5) {
+        if (!freopen("/dev/null", "w", stdout)) return 1;
+        return viewMessage(argv[2], atoi(argv[3]), atoi(argv[4]));
+    }
+    if (argc == 6) return saveFile(argv[2], atoi(argv[3]), atoi(argv[4]), argv[5]);
     setvbuf(stdout, nullptr, _IOLBF, 0);
     for (const Set& set : kSets) benchText(set);
     std::string bytes(kPartSize, 'x');
-    benchDownload("binary", 4, bytes);
+    benchDownload(argv[0], "binary", 4, bytes);
     std::string base64 = repeated(std::string(76, 'Q') + "\n", kPartSize / 57 * 77);
-    benchDownload("base64", 3, base64);
+    benchDownload(argv[0], "base64", 3, base64);
+    benchMemory();
+    benchView(argv[0]);
     return 0;
 }
