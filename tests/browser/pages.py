@@ -39,20 +39,14 @@ def attalven(*args):
     return subprocess.run(words, stdout=subprocess.PIPE, check=True).stdout
 
 
-def holds(codec, text):
-    try:
-        return text.encode(codec) is not None
-    except UnicodeEncodeError:
-        return False
-
-
 def page_set(n, text):
     """The set in which the library shows message n: (label of the page, its codec)."""
     raw = attalven("show", SAMPLE, n, "--raw")
     named = re.search(r"text/.* charset ([^,\n]+)", attalven("show", SAMPLE, n, "--structure").decode())
     name = named[1].lower() if named else "iso-2022-kr" if b"\x1b$)C" in raw else "iso-2022-jp"
     if name.startswith("utf-"):
-        return next(f for f in (KOREAN, JAPANESE, CHINESE, FAMILIES["big5"]) if holds(f[1], text))
+        families = (KOREAN, JAPANESE, CHINESE, FAMILIES["big5"])
+        return next(f for f in families if text.encode(f[1], "ignore").decode(f[1]) == text)
     return FAMILIES.get(name, (name, name))
 
 
