@@ -15,3 +15,7 @@ add_test(NAME sample_mailbox COMMAND python3 ${CMAKE_CURRENT_SOURCE_DIR}/sample_
 add_test(NAME browser_pages COMMAND python3 ${CMAKE_CURRENT_SOURCE_DIR}/browser/pages.py $<TARGET_FILE:attalven_cmd>
     ${CMAKE_CURRENT_SOURCE_DIR}/data ${CMAKE_BINARY_DIR}/browser)
 set_tests_properties(browser_pages PROPERTIES TIMEOUT 300)
+
+add_executable(delivery_race delivery_race.cpp)
+target_link_libraries(delivery_race PRIVATE test_kit)
+add_test(NAME delivery_race COMMAND delivery_race)
