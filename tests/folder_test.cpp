@@ -66,12 +66,13 @@ TEST(FromLine, ChecksWeekdayMonthAndDay) {
 }
 
 TEST(FromLine, BothSearchesFindTheSame) {
-    string text = "\nFrom \nFrom \nFro\nFFrom\nFrom";
+    string text = "\nFrom \nFrom \nFro\n\rF\r\n\r\nFFrom\nFrom\n\n";
     for (int i = 0; i < 7; i++) text += text.substr(static_cast<size_t>(i));
     for (size_t from = 0; from < 200; from++)
         for (size_t to = from; to < 300; to++) {
             std::string_view s = std::string_view(text).substr(from, to - from);
             ASSERT_EQ(attalven::findFromStart(s), attalven::findFromStartPortable(s));
+            ASSERT_EQ(attalven::findHeaderBreak(s), attalven::findHeaderBreakPortable(s));
             ASSERT_EQ(attalven::findFromStartPortable(s), s.find("\nFrom "));
         }
 }

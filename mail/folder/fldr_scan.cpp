@@ -67,24 +67,22 @@ bool FolderScan::findMessage() {
     return found_;
 }
 
-void FolderScan::skipLine() {
-    for (string_view view; !(view = window(1)).empty();) {
-        size_t lf = view.find('\n');
-        view = head(view, lf == string_view::npos ? lf : lf + 1);
-        digest_.add(view);
-        reader_.skip(view.size());
-        if (lf != string_view::npos) return;
-    }
-}
-
 /// Goes from the From_ line to the empty line; false when the next message or the end came first.
 bool FolderScan::skipHeader() {
     for (;;) {
-        skipLine();
-        string_view view = window(2);
-        if (view.starts_with("\n") || view.starts_with("\r\n")) return true;
-        if (view.empty()) return false;
-        if (view.front() == 'F' && atFromLine()) {
+        string_view view = window(kFrom.size() + 1);
+        size_t lf = findHeaderBreak(view);
+        bool isLast = view.size() <= kFrom.size();
+        size_t taken = lf != string_view::npos ? lf + 1
+                       : isLast                ? view.size()
+                                               : view.size() - kFrom.size();
+        digest_.add(head(view, taken));
+        reader_.skip(taken);
+        if (lf == string_view::npos) {
+            if (isLast) return false;
+        } else if (view[lf + 1] != 'F') {
+            return true;
+        } else if (atFromLine()) {
             found_ = true;
             return false;
         }

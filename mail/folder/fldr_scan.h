@@ -41,7 +41,6 @@ class FolderScan {
 
   private:
     bool atFromLine();
-    void skipLine();
     bool skipHeader();
     bool searchFromLine();
 

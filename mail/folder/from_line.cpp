@@ -18,7 +18,24 @@ namespace attalven {
 
 namespace {
 
-constexpr string_view kStart = "\nFrom ";
+constexpr bool startsFromLine(string_view atLf) {
+    return atLf.starts_with("\nFrom ");
+}
+constexpr bool endsHeader(string_view atLf) {
+    return atLf.starts_with("\n\n") || atLf.starts_with("\n\r\n") || startsFromLine(atLf);
+}
+
+/// Position of the first LF for which `kMatches` holds.
+template <bool (*kMatches)(string_view atLf)>
+size_t findPortable(string_view s) {
+    for (size_t at = 0; at < s.size(); at++) {
+        const void* lf = memchr(s.data() + at, '\n', s.size() - at);
+        if (!lf) break;
+        at = static_cast<size_t>(static_cast<const char*>(lf) - s.data());
+        if (kMatches(tail(s, at))) return at;
+    }
+    return string_view::npos;
+}
 
 /// The words between single blanks; the line end stays on the last one.
 class Words {
@@ -60,49 +77,58 @@ bool isFromLine(string_view line) {
 }
 
 size_t findFromStartPortable(string_view s) {
-    for (size_t at = 0; s.size() - at >= kStart.size(); at++) {
-        const void* lf = memchr(s.data() + at, '\n', s.size() - at - (kStart.size() - 1));
-        if (!lf) break;
-        at = static_cast<size_t>(static_cast<const char*>(lf) - s.data());
-        if (memcmp(s.data() + at, kStart.data(), kStart.size()) == 0) return at;
-    }
-    return string_view::npos;
+    return findPortable<startsFromLine>(s);
+}
+
+size_t findHeaderBreakPortable(string_view s) {
+    return findPortable<endsHeader>(s);
 }
 
 #if defined(__x86_64__)
 
 namespace {
 
-/// Bit k: an LF stands at p[k] and an 'F' behind it. Reads 33 bytes.
-__attribute__((target("avx2"))) inline unsigned lineStarts(const char* p) {
-    __m256i here = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p));
-    __m256i behind = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p + 1));
-    __m256i both = _mm256_and_si256(_mm256_cmpeq_epi8(here, _mm256_set1_epi8('\n')),
-                                    _mm256_cmpeq_epi8(behind, _mm256_set1_epi8('F')));
-    return static_cast<unsigned>(_mm256_movemask_epi8(both));
-}
-
-__attribute__((target("avx2"))) size_t findFromStartAvx2(string_view s) {
+/// The same, 32 positions at a time: only an LF in front of one of `kNext` is looked at.
+template <bool (*kMatches)(string_view atLf), char... kNext>
+__attribute__((target("avx2"))) size_t findAvx2(string_view s) {
     size_t at = 0;
-    for (; s.size() - at >= 32 + kStart.size(); at += 32)
-        for (unsigned hits = lineStarts(s.data() + at); hits; hits &= hits - 1) {
+    for (; s.size() - at > 32; at += 32) {
+        const char* p = s.data() + at;
+        __m256i here = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p));
+        __m256i next = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p + 1));
+        __m256i wanted = _mm256_setzero_si256();
+        ((wanted = _mm256_or_si256(wanted, _mm256_cmpeq_epi8(next, _mm256_set1_epi8(kNext)))), ...);
+        wanted = _mm256_and_si256(wanted, _mm256_cmpeq_epi8(here, _mm256_set1_epi8('\n')));
+        for (auto hits = static_cast<unsigned>(_mm256_movemask_epi8(wanted)); hits;
+             hits &= hits - 1) {
             size_t lf = at + static_cast<size_t>(__builtin_ctz(hits));
-            if (memcmp(s.data() + lf, kStart.data(), kStart.size()) == 0) return lf;
+            if (kMatches(tail(s, lf))) return lf;
         }
-    size_t rest = findFromStartPortable(tail(s, at));
+    }
+    size_t rest = findPortable<kMatches>(tail(s, at));
     return rest == string_view::npos ? rest : at + rest;
 }
 
 }  // namespace
 
 size_t findFromStart(string_view s) {
-    return __builtin_cpu_supports("avx2") ? findFromStartAvx2(s) : findFromStartPortable(s);
+    return __builtin_cpu_supports("avx2") ? findAvx2<startsFromLine, 'F'>(s)
+                                          : findFromStartPortable(s);
+}
+
+size_t findHeaderBreak(string_view s) {
+    return __builtin_cpu_supports("avx2") ? findAvx2<endsHeader, '\n', '\r', 'F'>(s)
+                                          : findHeaderBreakPortable(s);
 }
 
 #else
 
 size_t findFromStart(string_view s) {
     return findFromStartPortable(s);
+}
+
+size_t findHeaderBreak(string_view s) {
+    return findHeaderBreakPortable(s);
 }
 
 #endif

@@ -14,11 +14,13 @@ inline constexpr size_t kFromLineLimit = 29999;
 /// Whether `line`, which starts a physical line and holds its line end, separates messages.
 bool isFromLine(string_view line);
 
-/// Position of the first LF in `s` that "From " follows, npos when there is none. Takes the fastest
-/// form that the processor offers.
+/// Position of the first LF in `s` that "From " follows, npos when there is none.
 size_t findFromStart(string_view s);
-/// The form for any processor; the others give the same result.
+/// The same for "From ", an LF or a CR LF: what may end a header.
+size_t findHeaderBreak(string_view s);
+/// The forms for any processor; the others, which are faster, give the same results.
 size_t findFromStartPortable(string_view s);
+size_t findHeaderBreakPortable(string_view s);
 
 }  // namespace attalven
 

@@ -6,6 +6,7 @@
 #include "open_folder.h"
 
 #include <sys/mman.h>
+#include <sys/resource.h>
 
 #include <cstdlib>
 #include <new>
@@ -16,9 +17,16 @@ namespace {
 
 OpenFolder* openFolders = nullptr;  // every folder that is open in this process
 
+/// Private memory costs less where nothing limits it.
+int kindOfMemory() {
+    rlimit limit;
+    bool isLimited = getrlimit(RLIMIT_DATA, &limit) != 0 || limit.rlim_cur != RLIM_INFINITY;
+    return isLimited ? MAP_SHARED : MAP_PRIVATE;
+}
+
 EntryChunk* newChunk(EntryChunk* next) {
     void* memory = mmap(nullptr, sizeof(EntryChunk), PROT_READ | PROT_WRITE,
-                        MAP_SHARED | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+                        kindOfMemory() | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
     if (memory == MAP_FAILED) return nullptr;
     EntryChunk* chunk = static_cast<EntryChunk*>(memory);
     chunk->next = next;
