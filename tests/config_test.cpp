@@ -31,15 +31,12 @@ TEST_F(SystemConfig, ReadsLinesByTheStartOfTheirKeys) {
         const char* line;
         const char* hostName;
     } rows[] = {
-        {"plain", "HOST_NAME = mail\n", "mail"},
         {"lower case, no blanks", "host_name=mail\n", "mail"},
-        {"longer key", "HOST_NAMEX = mail\r\n", "mail"},
-        {"blanks before =", "Host_Name   =  mail", "mail"},
+        {"longer key, blanks", "Host_NameX   =  mail\r\n", "mail"},
         {"leading blank", "   HOST_NAME = mail\n", ""},
         {"comment", "#HOST_NAME = mail\n", ""},
         {"no key", "\n=\nZ = 1\nHOST = mail\n", ""},
-        {"trailing blanks stay", "HOST_NAME = mail  \n", "mail  "},
-        {"second =", "HOST_NAME = a=b\n", "a=b"},
+        {"trailing blanks stay", "HOST_NAME = a=b  \n", "a=b  "},
         {"last line wins", "HOST_NAME = a\nHOST_NAME = b\n", "b"},
         {"no value", "HOST_NAME = a\nHOST_NAME\n", ""},
     };
