@@ -169,20 +169,22 @@ struct Relay {
 [[noreturn]] void relay(int client, int server, const char* heloName) {
     // A second fork: the caller waits for the first child at once and leaves no zombie behind.
     if (fork() != 0) _exit(0);
-    dup2(client, 3);
-    dup2(server, 4);
-    close_range(5, ~0U, 0);
+    // The standard streams go too: a web server waits until the last copy of its CGI program's
+    // output is closed, and the relay may outlive the program.
+    dup2(client, 0);
+    dup2(server, 1);
+    close_range(2, ~0U, 0);
     signal(SIGPIPE, SIG_IGN);
     for (int s : {SIGTERM, SIGINT, SIGHUP}) signal(s, SIG_DFL);
     static Relay r;
-    r.client.fd = 3;
-    r.server.fd = 4;
+    r.client.fd = 0;
+    r.server.fd = 1;
     r.heloName = heloName;
     r.run();
     _exit(0);
 }
 
-/// Descriptors that dup2() onto 3 and 4 cannot overwrite before they are used.
+/// Descriptors that dup2() onto 0 and 1 cannot overwrite before they are used.
 int movedUp(int fd) {
     int high = fcntl(fd, F_DUPFD_CLOEXEC, 16);
     close(fd);
