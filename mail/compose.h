@@ -131,11 +131,10 @@ ATTALVEN_API void mailCompose(const char* from, const char* to, const char* repl
                               FILE* out);
 
 /*
- * Removes the temporary files of an attachment list after sending: uploads, and "forward@/tmp/..."
- * or
- * "/tmp/..." entries. Only regular files below /tmp/ go, without "..", and no link is followed.
- * "cid_NAME@ID" entries are cut at their "@" in the caller's list, so that a second call passes
- * over them. `attachList` is NULL or ends with NULL. Reads REMOTE_ADDR.
+ * Removes the temporary files of an attachment list after sending: uploads, and entries
+ * "forward@/tmp/..." or "/tmp/...". Only regular files below /tmp/ go, without "..", and no link is
+ * followed. "cid_NAME@ID" entries are cut at their "@" in the caller's list, so that a second call
+ * passes over them. `attachList` is NULL or ends with NULL. Reads REMOTE_ADDR.
  */
 ATTALVEN_API void mailComposeDeleteAttachFile(char** attachList);
 
