@@ -49,10 +49,12 @@ OwnedText signedBody(const char* text) {
 /// Composes into `file` and delivers; an absent body sends the file empty.
 int send(const Note& note, const char* body, FILE* file) {
     IgnoreSignal sizeLimit(SIGXFSZ);
-    if (body)
+    if (body) {
         mailCompose(note.from, note.to, "", "", "", note.priority, note.bodyType, note.subject,
                     body, nullptr, kBase64, kBase64, note.sendMode, note.charset, mailGetMsgId(),
                     note.mailDomain, 0, file);
+        if (ftello(file) <= 0) return 0;  // memory was out: an empty mail is not what was asked for
+    }
     fputs("\n\n", file);
     if (fflush(file) != 0 || ferror(file)) return 0;
     rewind(file);
