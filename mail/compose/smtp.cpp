@@ -92,6 +92,7 @@ void nameRecipients(Dialogue& server, const MailAddress* to, MailSendResult* res
 /// stands alone. False when the message cannot be read: the server must then not get the final dot,
 /// which would deliver the part that it has.
 bool sendMessage(Dialogue& server, FILE* message) {
+    bool wasRead = true;
     rewind(message);
     {
         LineReader reader(message, LineReader::kBlock);
@@ -110,8 +111,9 @@ bool sendMessage(Dialogue& server, FILE* message) {
             reader.skip(length);
         }
         if (!atLineStart) server.write("\n");
+        // Only a read that met the end has seen all: memory may be out, the stream may not seek.
+        if (!server.isLost()) wasRead = feof(message) && !ferror(message);
     }
-    bool wasRead = !ferror(message);
     rewind(message);
     return wasRead;
 }
