@@ -125,12 +125,15 @@ OwnedText WordDecoder::convert() {
 
 }  // namespace
 
+bool isPlainValue(string_view value) {
+    constexpr char kEscape = 0x1B;
+    return value.find("=?") == string_view::npos && value.find(kEscape) == string_view::npos;
+}
+
 OwnedText decodeWords(string_view value) {
     value = head(value, value.find('\0'));
     if (value.empty()) return nullptr;
-    // Most values hold neither a word nor an escape sequence.
-    if (value.find("=?") == string_view::npos && value.find('\x1b') == string_view::npos)
-        return copyText(value);
+    if (isPlainValue(value)) return copyText(value);
     WordDecoder decoder;
     decoder.read(value);
     return decoder.convert();

@@ -3,7 +3,7 @@
 #include "header_field.h"
 
 #include "mail/base/sink.h"
-#include "mail/codec.h"
+#include "mail/codec/encoded_word_decode.h"
 #include "mail_mime_field.h"
 
 namespace attalven {
@@ -39,7 +39,7 @@ bool readSubject(string_view value, Text& subject) {
         appendOneLine(subject, value);
     if (subject.empty()) return false;
     if (!isPlainValue(subject.view())) {
-        OwnedText decoded(mailDecodeSubject(subject.c_str()));
+        OwnedText decoded = decodeWords(subject.view());
         subject.clear();
         if (!decoded) return false;
         subject.append(decoded.get());

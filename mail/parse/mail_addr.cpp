@@ -8,7 +8,7 @@
 #include <cstdio>
 
 #include "mail/base/byte_set.h"
-#include "mail_mime_field.h"
+#include "mail/codec/encoded_word_decode.h"
 #include "support/host.h"
 
 namespace attalven {
@@ -106,7 +106,7 @@ OwnedAddress newAddress(const AddressScanner& found) {
     if (!address || !copyField(address->mailbox, found.mailbox()) ||
         !copyField(address->host, found.host()))
         return nullptr;
-    address->name = decodeValue(found.name()).release();
+    address->name = decodeWords(found.name()).release();
     return address;
 }
 

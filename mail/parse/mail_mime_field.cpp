@@ -6,7 +6,7 @@
 
 #include "mail/base/keyword.h"
 #include "mail/base/sink.h"
-#include "mail/codec.h"
+#include "mail/codec/encoded_word_decode.h"
 
 namespace attalven {
 namespace {
@@ -147,7 +147,7 @@ void readContentType(string_view header, string_view value, MailBody& node) {
     OwnedParam params = headerParams(header);
     if (const char* name = mailGetParam("name", params.get())) {
         free(node.fileName);
-        node.fileName = decodeValue(name).release();
+        node.fileName = decodeWords(name).release();
     }
     if (const char* charSet = mailGetParam("charset", params.get())) setText(node.charSet, charSet);
 }
@@ -156,7 +156,7 @@ void readFileName(string_view header, MailBody& node) {
     if (node.fileName) return;
     OwnedParam params = headerParams(header);
     if (const char* name = mailGetParam("filename", params.get()))
-        node.fileName = decodeValue(name).release();
+        node.fileName = decodeWords(name).release();
 }
 
 string_view betweenBrackets(string_view value) {
@@ -165,19 +165,6 @@ string_view betweenBrackets(string_view value) {
     string_view rest = tail(value, open + 1);
     size_t close = rest.find('>');
     return close == string_view::npos ? string_view() : head(rest, close);
-}
-
-bool isPlainValue(string_view value) {
-    constexpr char kEscape = 0x1B;
-    return value.find("=?") == string_view::npos && value.find(kEscape) == string_view::npos;
-}
-
-OwnedText decodeValue(string_view value) {
-    value = head(value, value.find('\0'));
-    if (value.empty()) return nullptr;
-    OwnedText copy = copyText(value);
-    return copy && !isPlainValue(value) ? OwnedText(mailDecodeSubject(copy.get()))
-                                        : std::move(copy);
 }
 
 }  // namespace attalven

@@ -29,13 +29,6 @@ void readFileName(string_view header, MailBody& node);
 /// The text between the first "<" and the next ">", empty when either is missing.
 string_view betweenBrackets(string_view value);
 
-/// Whether a header value can hold no encoded word and no raw ISO-2022 text (which begins with
-/// ESC), so that decoding would only copy it.
-bool isPlainValue(string_view value);
-
-/// A header value as display text (RFC 2047), NULL when it is empty or memory is out.
-OwnedText decodeValue(string_view value);
-
 }  // namespace attalven
 
 #endif
