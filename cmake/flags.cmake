@@ -11,6 +11,11 @@ add_library(attalven_freestanding INTERFACE)
 target_compile_options(attalven_freestanding INTERFACE -fvisibility=hidden
     $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions -fno-rtti -fno-threadsafe-statics -fvisibility-inlines-hidden>)
 
+# The fuzzers see what the library does with their inputs, not only what they do themselves.
+if(ATTALVEN_FUZZ)
+    add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
+
 if(ATTALVEN_SANITIZE)
     add_compile_options(-fsanitize=${ATTALVEN_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=undefined)
     add_link_options(-fsanitize=${ATTALVEN_SANITIZE})
