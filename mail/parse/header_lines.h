@@ -90,11 +90,13 @@ class PendingHeader {
     bool lost_ = false;
 };
 
-/// Whether a line that begins with a blank ends the block: nothing but blanks before the line end.
+/// Whether a line that begins with a blank ends the block: without its blanks, wherever they stand,
+/// it is an empty line.
 inline bool isBlankLine(string_view line) {
-    size_t blanks = 0;
-    while (blanks < line.size() && (line[blanks] == ' ' || line[blanks] == '\t')) blanks++;
-    return isEmptyLine(tail(line, blanks));
+    auto behindBlanks = [](string_view s) { return tail(s, s.find_first_not_of(" \t")); };
+    line = behindBlanks(line);
+    if (line.starts_with('\r')) line = behindBlanks(tail(line, 1));
+    return line == "\n";
 }
 
 /// Gives each header of a block to `handle`, unfolded: continuation lines trimmed and appended with
