@@ -24,8 +24,8 @@ namespace {
 constexpr int kConnectSeconds = 30;
 constexpr int kHostMax = 255;  // RFC 1035 section 2.3.4
 constexpr int kDefaultSmtpPort = 25;
-constexpr int kReplyLineMax = 1024,
-              kReplyLines = 200;  // RFC 5321 section 4.5.3.1.5 asks for 512 bytes
+constexpr int kReplyLineMax = 1024;  // RFC 5321 section 4.5.3.1.5 asks for 512 bytes
+constexpr int kReplyLines = 200;
 
 char heloName[kHostMax + 1];
 
@@ -43,6 +43,7 @@ bool readTarget(const char* text, int port, Target& target) {
     const char* close = isBracketed ? strchr(text, ']') : nullptr;
     if (isBracketed && !close) return false;
     bool hasPort = isBracketed ? colon == close + 1 : colon && strchr(text, ':') == colon;
+    if (isBracketed && close[1] && !hasPort) return false;
     const char* hostEnd = isBracketed ? close : hasPort ? colon : end;
     if (isBracketed) text++;
     size_t length = static_cast<size_t>(hostEnd - text);
