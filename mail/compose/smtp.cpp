@@ -21,8 +21,8 @@ constexpr size_t kServerMax = 100, kAddressMax = 300;
 
 constexpr int kReady = 354, kDone = 250, kHeloNeedsName = 501;
 constexpr int kNoServer = 590;  // no server reached, or gone before it answered for this recipient
-constexpr int kBadMailbox =
-    553;  // not sent: longer than an address may be (RFC 5321 section 4.2.3)
+/// The address was not sent: empty, or longer than one may be (RFC 5321 section 4.2.3).
+constexpr int kBadMailbox = 553;
 
 // Seconds to wait for a reply (RFC 5321 section 4.5.3.2). A shorter wait after the end of data
 // doubles mail: the server may have taken the message.
