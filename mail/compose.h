@@ -121,7 +121,7 @@ ATTALVEN_API void mailBodyWrite(MailBody* body, int headerEncoding, int bodyEnco
  * "cid_NAME@ID" for an uploaded inline image. `messageId` has no angle brackets. `mailDomain` is
  * named in the read receipt, which `readReceipt` 1 puts into the HTML part. NULL texts are empty; a
  * NULL `subject` gives an empty Subject line. Reads conf, the clock and REMOTE_ADDR. Failures to
- * write show in ferror(out).
+ * write show in ferror(out); nothing is written when memory is out.
  */
 ATTALVEN_API void mailCompose(const char* from, const char* to, const char* replyTo, const char* cc,
                               const char* faxTo, int priority, int bodyType, const char* subject,

@@ -20,15 +20,18 @@ namespace {
 constexpr int kHtmlBody = 2, kReceiptWanted = 1;
 constexpr size_t kUserIdMax = 15;
 
-/// The text without its tags and two line ends.
-char* plainContent(const char* body) {
-    OwnedText stripped(strStripHTMLTag(body));
-    size_t length = viewOf(stripped.get()).size();
-    char* grown = static_cast<char*>(realloc(stripped.get(), length + 3));
-    if (!grown) return nullptr;
-    (void)stripped.release();
-    memcpy(grown + length, "\n\n", 3);
-    return grown;
+/// `text` between two others, in the block that it came in: a large text is held once.
+char* wrapped(OwnedText text, string_view before, string_view after) {
+    string_view inner = viewOf(text.get());
+    size_t total = before.size() + inner.size() + after.size();
+    char* block = static_cast<char*>(realloc(text.get(), total + 1));
+    if (!block) return nullptr;
+    (void)text.release();
+    if (!inner.empty()) memmove(block + before.size(), block, inner.size());
+    std::copy(before.begin(), before.end(), block);
+    std::copy(after.begin(), after.end(), block + before.size() + inner.size());
+    block[total] = 0;
+    return block;
 }
 
 /// The image whose loading tells that the message was read.
@@ -53,23 +56,25 @@ bool isFullDocument(string_view body) {
 }
 
 char* htmlContent(const char* body, const Receipt* receipt) {
-    Text html;
     bool full = isFullDocument(body);
-    OwnedText converted(full ? nullptr : strConvHTMLStr(body, "\n"));
-    string_view source = full ? string_view(body) : viewOf(converted.get());
-    html.room(source.size() + 1024);  // one block: a large body is not copied while it grows
-    if (!full) html.append("<HTML>\n<HEAD></HEAD>\n<BODY BGCOLOR=\"white\">\n<FONT SIZE=2>\n");
-    html.append(source);
-    if (!full) html.append("<BR><BR>\n");
-    if (receipt) receipt->append(html);
-    if (!full) html.append("</FONT>\n</BODY></HTML>\n\n");
-    return html.take();
+    Text after;
+    if (!full) after.append("<BR><BR>\n");
+    if (receipt) receipt->append(after);
+    if (full) {
+        OwnedText copy = copyText(body);
+        return copy ? wrapped(std::move(copy), "", after.view()) : nullptr;
+    }
+    after.append("</FONT>\n</BODY></HTML>\n\n");
+    return wrapped(OwnedText(strConvHTMLStr(body, "\n")),
+                   "<HTML>\n<HEAD></HEAD>\n<BODY BGCOLOR=\"white\">\n<FONT SIZE=2>\n",
+                   after.view());
 }
 
 /// The text of the message: the plain node, with the HTML node as its sibling.
 OwnedBody textNodes(int bodyType, const char* body, const Receipt* receipt) {
     OwnedBody plain = newNode(kText, "plain", 0);
-    if (!plain || !(plain->content = plainContent(body))) return nullptr;
+    if (!plain || !(plain->content = wrapped(OwnedText(strStripHTMLTag(body)), "", "\n\n")))
+        return nullptr;
     if (bodyType != kHtmlBody) return plain;
     OwnedBody html = newNode(kText, "html", 1);
     if (!html || !(html->content = htmlContent(body, receipt))) return nullptr;
