@@ -1,9 +1,6 @@
-// Composes a message out of hostile form fields and attachment entries, and parses it again: its
-// header block holds known fields only, each once, and every delimiter line is where the structure
-// says: no field can add a line, a header or a part.
-
-#include <fcntl.h>
-#include <unistd.h>
+// Composes a message out of hostile form fields and attachment entries, and reads it again: its
+// header block holds known fields only, each once, and a multipart message has as many parts as
+// were put in. No field can add a line, a header or a part.
 
 #include <cstdlib>
 #include <set>
@@ -53,6 +50,15 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     std::string message(static_cast<size_t>(ftell(out)), 0);
     rewind(out);
     if (fread(message.data(), 1, message.size(), out) != message.size()) abort();
+    MailInfo* mail = mailProcessing(0, static_cast<int>(message.size()), "(top)", out);
+    MailBodyList** index = mailGetBody(mail->body);
+    int parts = 0, wanted = ((data[3] >> 1 & 3) == 2 ? 2 : 1) + attach;
+    while (index[parts]) parts++;
+    if (mail->body->type == 5 && message.find("\n\nThis is a multi-part") != std::string::npos &&
+        parts != wanted)
+        abort();
+    mailFreeBodyIdx(index);
+    mailFree(&mail);
     fclose(out);
     size_t header = message.find('\n') + 1, end = message.find("\n\n", header);
     if (!message.starts_with("From ") || end == std::string::npos) abort();

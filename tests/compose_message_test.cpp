@@ -129,6 +129,19 @@ TEST_F(ComposeMessage, AlternativesNeverShareABoundary) {
               "multipart/alternative[text/plain{\n}]]]");
 }
 
+TEST_F(ComposeMessage, NoTextCanForeseeTheBoundary) {
+    string draws = "\n------=_NextPart_" + string(mailGenBoundary());
+    draws += "\n------=_NextPart_" + string(mailGenBoundary()) + "\n\n";
+    kit::writeFile(dir + "/stored", "From x" + draws + "y");
+    string message = kit::composed({{"bodyType", "2"},
+                                    {"body", draws},
+                                    {"bodyEncoding", "1"},
+                                    {"attach", "forward@" + dir + "/stored"}});
+    MailBodyList** index = mailGetBody(kit::parse(message, "(top)")->body);
+    EXPECT_TRUE(index[2] && !index[3]);
+    mailFreeBodyIdx(index);
+}
+
 TEST_F(ComposeMessage, SealedMessagesTellTheirId) {
     kit::File out(tmpfile());
     string id = smimeMailCompose("a@b", "", "c", "", nullptr, 2, 0, "", "", nullptr, 3, 3, 5, "",

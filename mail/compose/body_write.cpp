@@ -11,6 +11,7 @@
 #include "../codec.h"
 #include "../compose.h"
 #include "attachment_ref.h"
+#include "boundary.h"
 #include "text_part.h"
 
 namespace attalven {
@@ -19,20 +20,6 @@ namespace {
 
 constexpr size_t kNameMax = 255, kEncodedNameMax = 767;
 constexpr size_t kFromLineLimit = 1000;  // bytes of a fgets buffer: at most 999 characters
-constexpr int kMaxDepth = 100;
-
-/// A boundary in use, and those around it.
-struct Boundaries {
-    string_view text;
-    const Boundaries* outer;
-    int depth;
-
-    bool uses(string_view other) const {
-        for (const Boundaries* b = this; b; b = b->outer)
-            if (b->text == other) return true;
-        return false;
-    }
-};
 
 /// What all parts of a message have in common.
 struct PartWriter {
@@ -72,16 +59,8 @@ void PartWriter::list(MailBody* first, const Boundaries& boundaries) {
     delimiter("--\n");
 }
 
-/// Boundaries drawn within one second alternate between two texts: the second draw makes siblings
-/// differ from their parent, and a number what is nested deeper.
 void PartWriter::alternatives(MailBody* children, const Boundaries& boundaries) {
-    Text boundary;
-    for (int draw = 0; draw < 2 && (draw == 0 || boundaries.uses(boundary.view())); draw++) {
-        boundary.clear();
-        boundary.append("----=_NextPart_");
-        boundary.append(mailGenBoundary());
-    }
-    if (boundaries.uses(boundary.view())) boundary.appendFormat(".%d", boundaries.depth);
+    Text boundary = newBoundary(children, bodyEncoding, &boundaries);
     out.append("Content-Type: multipart/alternative;\n\tboundary=\"");
     out.append(boundary.view());
     out.append("\"\n\n\n");
@@ -172,7 +151,7 @@ using namespace attalven;
 void mailMimeBodyWrite(MailBody* first, const char* boundary, int, int bodyEncoding, int sendMode,
                        const char* charset, FILE* out) {
     if (!out) return;
-    PartWriter{bodyEncoding, sendMode, charset, {out}}.list(first, {viewOf(boundary), nullptr, 1});
+    PartWriter{bodyEncoding, sendMode, charset, {out}}.list(first, {viewOf(boundary)});
 }
 
 void mailBodyWrite(MailBody* body, int, int bodyEncoding, int sendMode, const char*, FILE* stream) {

@@ -13,6 +13,7 @@
 #include "../base/text.h"
 #include "../codec.h"
 #include "attachment_ref.h"
+#include "boundary.h"
 #include "text_part.h"
 
 namespace attalven {
@@ -95,10 +96,7 @@ void writeDraft(MailInfo& draft, const DraftFields& f, FILE* stream) {
     writeFromLine({stream}, draft.from);
     MailBody& root = *draft.body;
     Text boundary;
-    if (root.type == kMultipart) {
-        boundary.append("----=_NextPart_");
-        boundary.append(mailGenBoundary());
-    }
+    if (root.type == kMultipart) boundary = newBoundary(root.child, f.bodyEncoding, nullptr);
     const char* text = boundary.c_str();
     mailHdrWrite(&draft, text, f.headerEncoding, f.bodyEncoding, f.replyTo, f.messageId, f.sendMode,
                  f.charset, stream);

@@ -10,6 +10,7 @@
 #include "../../support/support.h"
 #include "../base/bounded_text.h"
 #include "../compose.h"
+#include "boundary.h"
 
 namespace attalven {
 
@@ -25,6 +26,18 @@ long zoneOffset(time_t t) {
 }
 
 }  // namespace
+
+char* redrawBoundary() {
+    constexpr char kCharacters[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZ1234567890";
+    constexpr size_t kLength = 24;
+    static BoundedText<kLength> boundary;
+    char drawn[kLength];
+    do {
+        for (char& c : drawn) c = kCharacters[rand() % 36];
+    } while (boundary.view() == string_view(drawn, kLength));
+    boundary.assign({drawn, kLength});
+    return boundary.data();
+}
 
 }  // namespace attalven
 
@@ -75,14 +88,6 @@ char* mailerInfo(void) {
 }
 
 char* mailGenBoundary(void) {
-    constexpr char kCharacters[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZ1234567890";
-    constexpr size_t kLength = 24;
-    static BoundedText<kLength> boundary;
-    char drawn[kLength];
     srand(static_cast<unsigned>(time(nullptr)));
-    do {
-        for (char& c : drawn) c = kCharacters[rand() % 36];
-    } while (boundary.view() == string_view(drawn, kLength));
-    boundary.assign({drawn, kLength});
-    return boundary.data();
+    return redrawBoundary();
 }

@@ -1,0 +1,59 @@
+// The choice of a boundary. Content that is written without an encoding, raw texts and forwarded
+// messages, may hold any line; everything else cannot hold a delimiter.
+
+#include "boundary.h"
+
+#include <cstring>
+
+#include "../base/line_reader.h"
+#include "../compose.h"
+#include "attachment_ref.h"
+#include "text_part.h"
+
+namespace attalven {
+
+namespace {
+
+bool contains(string_view text, string_view token) {
+    return !text.empty() && memmem(text.data(), text.size(), token.data(), token.size());
+}
+
+bool fileContains(const char* fileName, string_view token) {
+    OwnedFile file = openAttachment(viewOf(fileName));
+    LineReader reader(file.get(), LineReader::kBlock);
+    for (string_view block; (block = reader.peek(LineReader::kBlock)).size() >= token.size();) {
+        if (contains(block, token)) return true;
+        reader.skip(block.size() - token.size() + 1);
+    }
+    return false;
+}
+
+bool occurs(const MailBody* parts, string_view token, int bodyEncoding, int depth) {
+    for (; parts && depth < kMaxDepth; parts = parts->next) {
+        bool found = isTextInMemory(*parts)
+                         ? bodyEncoding == kRaw && contains(viewOf(parts->content), token)
+                         : parts->type == kMessage && fileContains(parts->fileName, token);
+        if (found || occurs(parts->child, token, bodyEncoding, depth + 1)) return true;
+    }
+    return false;
+}
+
+}  // namespace
+
+Text newBoundary(const MailBody* parts, int bodyEncoding, const Boundaries* around) {
+    auto isTaken = [&](string_view text) {
+        for (const Boundaries* b = around; b; b = b->outer)
+            if (b->text == text) return true;
+        return occurs(parts, text, bodyEncoding, 0);
+    };
+    Text boundary;
+    const char* drawn = mailGenBoundary();
+    do {
+        boundary.clear();
+        boundary.append("----=_NextPart_");
+        boundary.append(drawn);
+    } while (!boundary.failed() && isTaken(boundary.view()) && (drawn = redrawBoundary()));
+    return boundary;
+}
+
+}  // namespace attalven
