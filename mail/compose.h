@@ -174,9 +174,10 @@ ATTALVEN_API char* mailGetFastestSmtpServer(void);
  * Delivers the message in `message`, from its first byte to its end, to the port 25 of `server`
  * (RFC 5321) and leaves the stream at its start. The sender is the first address of `from`, the
  * recipients are the addresses of `to`; `mailDomain` has no effect. Result: one entry per recipient
- * in their order with the server's reply code, 590 where no server answered, and a last entry with
- * a NULL address; NULL when memory is out. Caller frees with mailComposeSendResultFree(), which
- * passes over NULL.
+ * in their order with the server's reply code, and a last entry with a NULL address. The code is
+ * 590 where no server answered or the message could not be read to its end, and 553 for an address
+ * over 300 bytes, which is not sent. A connection that takes no stream gives the last entry alone;
+ * NULL when memory is out. Caller frees with mailComposeSendResultFree(), which passes over NULL.
  */
 ATTALVEN_API MailSendResult* mailRFC822MsgSender(const char* from, const char* to,
                                                  const char* mailDomain, const char* server,
