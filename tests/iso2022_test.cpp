@@ -12,24 +12,15 @@ std::string converted(Converter convert, const std::string& text) {
 }
 
 TEST(Iso2022, FindsDesignators) {
-    const struct {
-        const char* text;
-        int korean, japanese;
-    } rows[] = {
-        {"", 0, 0},
-        {"\n\x1b$)C", 0, 0},
-        {"A\x1b$)C\n", 1, 0},
-        {"A\n\x1b$)C", 0, 0},
-        {"\x1b$)\x1b$)C", 1, 0},
-        {"\x1b(B\x1b$B", 0, 0},
-        {"A\n\x1b$B0!", 0, 3},
-        {"\x1b(I\x1b$@", 0, 2},
-        {"\x1b(J\x1b$)C", 1, 1},
-        {"\x1b$", 0, 0},
-    };
-    for (const auto& r : rows) {
-        EXPECT_EQ(SearchISO2022KRDesignator(r.text), r.korean) << r.text;
-        EXPECT_EQ(SearchISO2022JPDesignator(r.text), r.japanese) << r.text;
+    for (auto [text, korean, japanese] : {std::tuple{"A\x1b$)C\n", 1, 0},
+                                          {"A\n\x1b$)C", 0, 0},
+                                          {"\x1b$)\x1b$)C", 1, 0},
+                                          {"A\n\x1b$B0!", 0, 3},
+                                          {"\x1b(I\x1b$@", 0, 2},
+                                          {"\x1b(J\x1b$)C", 1, 1},
+                                          {"\x1b$", 0, 0}}) {
+        EXPECT_EQ(SearchISO2022KRDesignator(text), korean) << text;
+        EXPECT_EQ(SearchISO2022JPDesignator(text), japanese) << text;
     }
 }
 

@@ -13,7 +13,6 @@ struct Row {
     const char *label, *input, *oneLine, *fold, *quoted;
 };
 const Row kRows[] = {
-    {"plain", "a b", "a b", "a b", "a b"},
     {"injected line", "a\nBcc: b", "aBcc: b", "aBcc: b", "aBcc: b"},
     {"empty line", "a\r\n\r\nb", "ab", "ab", "ab"},
     {"fold", "a\n\tb", "a\tb", "a\n\tb", "a\n\tb"},

@@ -28,19 +28,13 @@ TEST(SupportRequest, Environment) {
 }
 
 TEST(SupportRequest, Browser) {
-    struct Row {
-        const char* agent;
-        float version;
-    } rows[] = {{"Mozilla/4.0 (compatible; MSIE 5.01; Windows NT)", 5.01F},
-                {"msie 10", 10},
-                {"MSIE 5..5", 5},
-                {"MSIE", 0},
-                {"Mozilla/5.0 Firefox/120.0", 0}};
-    for (const Row& r : rows) {
-        setenv("HTTP_USER_AGENT", r.agent, 1);
-        EXPECT_FLOAT_EQ(cgiGetMSIEVer(), r.version) << r.agent;
+    for (auto [agent, version] : {std::pair{"Mozilla/4.0 (compatible; MSIE 5.01; X)", 5.01F},
+                                  {"msie 10", 10},
+                                  {"MSIE 5..5", 5},
+                                  {"MSIE", 0}}) {
+        setenv("HTTP_USER_AGENT", agent, 1);
+        EXPECT_FLOAT_EQ(cgiGetMSIEVer(), version) << agent;
     }
-    EXPECT_EQ(cgiGetBrowserLangType(), 1);
     setenv("HTTP_ACCEPT", "image/vnd.wap.wbmp, text/vnd.wap.wml", 1);
     EXPECT_EQ(cgiGetBrowserLangType(), 2);
     setenv("HTTP_ACCEPT", "text/html, text/vnd.wap.wml", 1);
@@ -51,17 +45,14 @@ TEST(SupportRequest, Cookies) {
     struct Row {
         const char *header, *name, *expected;
     } rows[] = {
-        {"lang=kor; tnum=2", "tnum", "2"}, {"lang=kor;tnum=2", "lang", "kor"},
-        {"xlang=a; lang=b", "lang", "b"},  {"lang=a; lang=b", "lang", "a"},
-        {"Lang=a", "lang", nullptr},       {"lang", "lang", nullptr},
-        {"lang=; x=y", "lang", ""},        {"auth = \"a=b\" ", "auth", "a=b"},
-        {"lang=a\x01", "lang", nullptr},
+        {"lang=kor; tnum=2", "tnum", "2"},  {"xlang=a; lang=b;lang=c", "lang", "b"},
+        {"Lang=a", "lang", "(null)"},       {"lang", "lang", "(null)"},
+        {"auth = \"a=b\" ", "auth", "a=b"}, {"lang=a\x01", "lang", "(null)"},
     };
     for (const Row& r : rows) {
         setenv("HTTP_COOKIE", r.header, 1);
         const char* value = cgiCkGetVal(r.name);
-        EXPECT_EQ(value ? value : "(null)", std::string(r.expected ? r.expected : "(null)"))
-            << r.header;
+        EXPECT_STREQ(value ? value : "(null)", r.expected) << r.header;
     }
     setenv("HTTP_COOKIE", ("a=" + std::string(4097, 'x')).c_str(), 1);
     EXPECT_EQ(cgiCkGetVal("a"), nullptr);
@@ -74,7 +65,6 @@ TEST(SupportPage, HeadersAndFrame) {
     EXPECT_EQ(header(nullptr), "Content-Type: application/octet-stream\n\n");
     pageSetCharSet("EUC-KR");
     EXPECT_EQ(header("text/html"), "Content-Type: text/html; charset=EUC-KR\n\n");
-    EXPECT_EQ(header("text/html; charset=x"), "Content-Type: text/html; charset=x\n\n");
     EXPECT_EQ(header("image/gif"), "Content-Type: image/gif\n\n");
     EXPECT_EQ(outputOf(htmlHeadStart), "<HEAD>\n<META CHARSET=\"EUC-KR\">\n");
     pageSetCharSet("x\"y");
@@ -86,8 +76,6 @@ TEST(SupportPage, HeadersAndFrame) {
 TEST(SupportPage, UrlEncoding) {
     EXPECT_EQ(taken(cgiCharToHex("Kim Lee+\xB1@a/b?c&d%e.f_g-h~\n")),
               "Kim Lee%2B%B1%40a%2Fb%3Fc%26d%25e.f_g-h%7E%0A");
-    EXPECT_EQ(taken(cgiCharToHex("")), "");
-    EXPECT_EQ(cgiCharToHex(nullptr), nullptr);
 }
 
 void printArgument(const char* arg, void**) {
@@ -100,13 +88,10 @@ TEST_F(SupportCgi, Directives) {
     } rows[] = {
         {"a [%LANG%]\nb[%TNUM%]c", "a kor\nb-7c"},
         {"[%ARG  two words %][%ARG%]", "<two words><none>"},
-        {"[% ARG x%]", "<x>"},
         {"x[%UNKNOWN y%]z", "xz"},
         {"[%arg%]", ""},
-        {"[%LANG", "[%LANG"},
         {"[%LANG\n%]", "[%LANG\n%]"},
         {"[%[%LANG%]%] 100%", "[%kor%] 100%"},
-        {"[%%]", "[%%]"},
         {"[%LANG-x%]", "[%LANG-x%]"},
     };
     const char* language = "kor";
@@ -115,14 +100,10 @@ TEST_F(SupportCgi, Directives) {
         {"LANG", pfnPrtStr, reinterpret_cast<void**>(const_cast<char**>(&language)), 0},
         {"TNUM", pfnPrtInt, reinterpret_cast<void**>(&number), 0},
         {"ARG", printArgument, nullptr, 0},
-        {"DEFAULT", pfnPrtStr, nullptr, 0},
         {}};
     for (const Row& r : rows) {
         kit::File f = kit::fileOf(r.input);
         EXPECT_EQ(outputOf([&] { strmParseDirective(f.get(), table); }), r.expected) << r.input;
-        rewind(f.get());
-        EXPECT_EQ(outputOf([&] { strmParseDirective(f.get(), nullptr); }).find("kor"),
-                  std::string::npos);
     }
 }
 
@@ -138,9 +119,9 @@ TEST_F(SupportCgi, TemplatesByLanguageAndNumber) {
     setenv("HTTP_COOKIE", "lang=jpn; tnum=9", 1);
     EXPECT_EQ(getTemplateLang(), 2);
     EXPECT_EQ(taken(getTemplateStr("t.txt", "kor")), "korean");
-    EXPECT_EQ(getTemplateStr("t.txt", nullptr), nullptr);
-    EXPECT_EQ(getTemplateStr("../kor0/t.txt", "kor"), nullptr);
-    EXPECT_EQ(getTemplateStr("t.txt", "../template/kor"), nullptr);
+    for (auto [name, language] :
+         {std::pair{"t.txt", ""}, {"../kor0/t.txt", "kor"}, {"t.txt", "../template/kor"}})
+        EXPECT_EQ(getTemplateStr(name, language), nullptr) << name;
     setenv("HTTP_COOKIE", "lang=xyz", 1);
     snprintf(conf.defaultTemplateLang, sizeof conf.defaultTemplateLang, "chn");
     EXPECT_EQ(getTemplateLang(), 3);
@@ -154,16 +135,10 @@ TEST_F(SupportCgi, MessageTable) {
         const char* t = msgGet(conf.c_str(), number, language);
         return std::string(t ? t : "(null)");
     };
-    EXPECT_EQ(text(81, 1), "Lowest");
-    EXPECT_EQ(text(8, 1), "eight");
-    EXPECT_EQ(text(9, 1), "");
-    EXPECT_EQ(text(1, 1), "(null)");
-    EXPECT_EQ(text(81, 4), "\xB0\xA1");
-    EXPECT_EQ(text(81, 2), "(null)");
-    EXPECT_EQ(text(8, 99), "eight");
+    EXPECT_EQ(text(81, 1) + text(9, 1) + text(8, 99), "Lowesteight");
+    EXPECT_EQ(text(81, 4) + text(81, 2) + text(1, 1), "\xB0\xA1(null)(null)");
     kit::writeFile(conf + "/msg.eng", "8\tnew\n");
     EXPECT_EQ(text(8, 1), "new");
-    EXPECT_EQ(msgGet(nullptr, 8, 1), nullptr);
 }
 
 TEST(SupportAuthCode, CarriesAnIdUntilItExpires) {
@@ -171,7 +146,6 @@ TEST(SupportAuthCode, CarriesAnIdUntilItExpires) {
     std::string code = taken(authCodeMake("kim.lee", "secret", later));
     EXPECT_STREQ(strGetAuthCodeVal(code.c_str(), "secret"), "kim.lee");
     EXPECT_EQ(strGetAuthCodeVal(code.c_str(), "Secret"), nullptr);
-    EXPECT_EQ(strGetAuthCodeVal(code.c_str(), ""), nullptr);
     for (size_t i = 0; i < code.size(); i++) {
         std::string forged = code;
         forged[i] = forged[i] == 'A' ? 'B' : 'A';
@@ -181,7 +155,6 @@ TEST(SupportAuthCode, CarriesAnIdUntilItExpires) {
     EXPECT_EQ(strGetAuthCodeVal((code + "A").c_str(), "secret"), nullptr);
     std::string old = taken(authCodeMake("kim", "secret", time(nullptr)));
     EXPECT_EQ(strGetAuthCodeVal(old.c_str(), "secret"), nullptr);
-    EXPECT_EQ(strGetAuthCodeVal(nullptr, nullptr), nullptr);
     EXPECT_EQ(authCodeMake("", "secret", later), nullptr);
     EXPECT_EQ(authCodeMake(std::string(65, 'k').c_str(), "secret", later), nullptr);
 }

@@ -33,75 +33,53 @@ std::string expand(std::string_view s) {
 }
 
 TEST(PageText, Links) {
-    const std::string longLocal = "x" + std::string(64, 'y') + "@a.de";
     const Row rows[] = {
-        {"web addresses", "see http://a.b/c?d=1&e=2#f, HTTPS://x or ftp://y/z.",
-         "see {http://a.b/c?d=1&e=2#f}, {HTTPS://x} or {ftp://y/z}."},
-        {"mail addresses", "kim.lee+x@mail.example.org, (a_b@c.de)",
-         "{kim.lee+x@mail.example.org}, ({a_b@c.de})"},
-        {"brackets of the sentence and of the URL", "(http://a/b_(c)) [http://a/[d]]",
-         "({http://a/b_(c)}) [{http://a/[d]}]"},
+        {"web", "http://a.b/c?d=1&e=2#f, HTTPS://x.", "{http://a.b/c?d=1&e=2#f}, {HTTPS://x}."},
+        {"mail", "kim.lee+x@mail.a.org, (a_b@c.de)", "{kim.lee+x@mail.a.org}, ({a_b@c.de})"},
+        {"brackets", "(http://a/b_(c)) [http://a/[d]]", "({http://a/b_(c)}) [{http://a/[d]}]"},
         {"quotes", "\"http://a/b\" 'kim@a.de'", "\"{http://a/b}\" '{kim@a.de}'"},
-        {"angle brackets", "Kim <kim@a.de> <mailto:kim@a.de> <http://a/b.>",
-         "Kim <{kim@a.de}> <mailto:{kim@a.de}> <{http://a/b.}>"},
-        {"character references end a URL", "&lt;http://a/?b=1&amp;c&gt;&nbsp;",
-         "&lt;{http://a/?b=1&amp;c}&gt;&nbsp;"},
-        {"no addresses", "http:// http://- xhttp://a svn+http://a javascript://a a@b @ a@.b a@b.1c",
-         nullptr},
-        {"not parts of longer ones",
-         "O'Brien@a.de a..b@c.de a@b.de@c.de x/a@b.de a!b@c.de a%b@c.de", nullptr},
+        {"angle brackets", "<kim@a.de> <mailto:a@a.de>", "<{kim@a.de}> <mailto:{a@a.de}>"},
+        {"references", "&lt;http://a/?b=1&amp;c&gt;", "&lt;{http://a/?b=1&amp;c}&gt;"},
+        {"no addresses", "http:// http://- xhttp://a svn+http://a a@b @ a@.b a@b.1c", nullptr},
+        {"parts of longer ones", "O'Brien@a.de a..b@c.de a@b.de@c.de x/a@b.de a%b@c.de", nullptr},
         {"a user in a URL", "ftp://kim@a.de/x", "{ftp://kim@a.de/x}"},
         {"an ellipsis", "(...kim@a.de...)", "(...{kim@a.de}...)"},
-        {"a long local part", longLocal.c_str(), nullptr},
         {"attributes", "<img src=\"http://a/b\" alt='c > kim@a.de' title= \"d>http://a", nullptr},
         {"behind a tag", "<p title=x\"y>http://a</p>", "<p title=x\"y>{http://a}</p>"},
-        {"an anchor of its own", "<a href=http://a>http://a</a> http://b",
-         "<a href=http://a>http://a</a> {http://b}"},
+        {"an anchor", "<a href=x>http://a</a> http://b", "<a href=x>http://a</a> {http://b}"},
         {"a named place", "<a name=x>http://a</A>", "<a name=x>{http://a}</A>"},
-        {"comments", "<!-- http://a > --> http://b <!--> http://c",
-         "<!-- http://a > --> {http://b} <!--> {http://c}"},
-        {"scripts", "<SCRIPT>'http://a'</scripty></SCRIPT >http://b",
-         "<SCRIPT>'http://a'</scripty></SCRIPT >{http://b}"},
+        {"comments", "<!-- a@b.cc > --> a@b.de <!-->c@d.de",
+         "<!-- a@b.cc > --> {a@b.de} <!-->{c@d.de}"},
+        {"scripts", "<SCRIPT>'a@b.de'</scripty></SCRIPT >a@b.de",
+         "<SCRIPT>'a@b.de'</scripty></SCRIPT >{a@b.de}"},
         {"a script in a script's comment", "<script><!--<script></script>http://a</script>x@y.de",
          "<script><!--<script></script>http://a</script>{x@y.de}"},
         {"styles, titles and what never ends", "<style>http://a</style><title>http://b", nullptr},
         {"a tag that never ends", "http://a <b http://c", "{http://a} <b http://c"},
         {"less than", "1 < 2, http://a <3", "1 < 2, {http://a} <3"},
-        {"a byte above 0x7F before an at sign",
-         "kim\x83@a.de \x83\x40"
-         "a.de",
-         nullptr},
-        {"and before an address", "\xC1\xD6http://a \xC1\xD6kim@a.de \x83hhttp://a", nullptr},
-        {"and behind one", "http://a/b\xBF\xA1 kim@a.de\xBF\xA1",
-         "{http://a/b}\xBF\xA1 {kim@a.de}\xBF\xA1"},
+        {"a byte above 0x7F before", "kim\x83@a.de \xC1\xD6http://a \xC1\xD6kim@a.de", nullptr},
+        {"and behind", "http://a/b\xBF\xA1 a@a.de\xBF\xA1",
+         "{http://a/b}\xBF\xA1 {a@a.de}\xBF\xA1"},
+        {"an open HZ section", "~{<http://a", nullptr},
     };
     for (const Row& r : rows)
         EXPECT_EQ(taken(strToHyperLink(r.input)), expand(r.expected ? r.expected : r.input))
             << r.label;
-    const char* hz = "~{a@b<~} ~{<http://a";
-    EXPECT_EQ(taken(strToHyperLink(hz)), "~{a@b<~} ~{<http://a");
-    EXPECT_EQ(strToHyperLink(nullptr), nullptr);
 }
 
 TEST(PageText, Html) {
     const Row rows[] = {
-        {"nothing to do", "Kim Lee \xC0\xCF", "Kim Lee \xC0\xCF"},
         {"empty", "", ""},
         {"markup", "<b>\"x\" & 'y'</b>", "&lt;b&gt;&quot;x&quot; &amp; 'y'&lt;/b&gt;"},
         {"line ends", "a\nb\r\n\nc\rd", "a<BR>|b<BR>|<BR>|c d"},
         {"blanks", " a  b c   d\n e", "&nbsp;a &nbsp;b c &nbsp;&nbsp;d<BR>|&nbsp;e"},
         {"tabs", "a\tb", "a&nbsp;&nbsp;&nbsp;&nbsp;b"},
-        {"control bytes",
-         "a\x01\x1B\x7F"
-         "b",
-         "ab"},
-        {"two-byte characters", "\x83\x5C\x83\x40\x83\x7C\x95\x5C",
-         "\x83\x5C\x83\x40\x83\x7C\x95\x5C"},
+        {"control bytes", "x\x01\x1B\x7Fy", "xy"},
+        {"two-byte characters", "\x83\x5C\x83\x7C", "\x83\x5C\x83\x7C"},
         {"a markup byte behind a lead byte", "\x83<", "\x83&lt;"},
     };
     for (const Row& r : rows) EXPECT_EQ(taken(strConvHTMLStr(r.input, "|")), r.expected) << r.label;
     EXPECT_EQ(taken(strConvHTMLStr("a\nb", nullptr)), "a<BR>b");
-    EXPECT_EQ(strConvHTMLStr(nullptr, "\n"), nullptr);
 }
 
 TEST(PageText, HtmlKeepsCanonicalLinksOnly) {
@@ -109,22 +87,17 @@ TEST(PageText, HtmlKeepsCanonicalLinksOnly) {
     EXPECT_EQ(taken(strConvHTMLStr(both.c_str(), "\n")),
               "&lt;i&gt;" + expand("{http://a/?b=1&amp;c} {kim@a.de}"));
     std::string good = expand("{http://a/b}");
-    struct Change {
-        const char *from, *to;
-    } changes[] = {{"HREF", "href"},
-                   {"http:", "javascript:"},
-                   {"/b\" T", "/b\"T"},
-                   {"_blank", "_top"},
-                   {"/b<", "/c<"},
-                   {"</A>", "</a>"},
-                   {"\">h", "\" ID=x>h"},
-                   {"http://a/b\" ", "mailto:a@b.de?bcc=c@d.de\" "},
-                   {"/b\"", "/b\" ONCLICK=\""},
-                   {"a/b<", "a/b<I>x</I><"}};
     EXPECT_EQ(taken(strConvHTMLStr(good.c_str(), "")), good);
-    for (const Change& c : changes) {
+    for (auto [from, to] : {std::pair{"HREF", "href"},
+                            {"http:", "javascript:"},
+                            {"/b\" T", "/b\"T"},
+                            {"/b<", "/c<"},
+                            {"</A>", "</a>"},
+                            {"http://a/b\" ", "mailto:a@b.de?bcc=c@d.de\" "},
+                            {"/b\"", "/b\" ONCLICK=\""},
+                            {"a/b<", "a/b<I>x</I><"}}) {
         std::string forged = good;
-        forged.replace(forged.find(c.from), strlen(c.from), c.to);
+        forged.replace(forged.find(from), strlen(from), to);
         std::string out = taken(strConvHTMLStr(forged.c_str(), ""));
         EXPECT_EQ(out.find_first_of("<>\""), std::string::npos) << out;
     }
@@ -134,7 +107,6 @@ TEST(PageText, HzSectionsKeepTheirCharacters) {
     // 0x3C 0x75 is U+51CF, 0x30 0x22 U+963F, 0x30 0x21 U+554A (GB2312).
     EXPECT_EQ(taken(strConvHTMLStr("<~{0!<u0\"0!~}>", "")), "&lt;~{0!~}&#20943;&#38463;~{0!~}&gt;");
     EXPECT_EQ(taken(strConvHTMLStr("~{0!\n~}~{<b>~}", "")), "~{0!<BR>~}~{&lt;b&gt;~}");
-    EXPECT_EQ(taken(strConvHTMLStr("\x81~{<u~}", "")), "\x81~{&lt;u~}");
     EXPECT_EQ(taken(strConvHTMLStr("~{\x7E\x21<<~}", "")), "~{~!&lt;&lt;~}");
     EXPECT_EQ(taken(strStripHTMLTag("a<b>~{0!<u~}</b>")), "a~{0!<u~}");
     EXPECT_EQ(taken(strConvWMLStr("~{0!$s~}", "")), "~{0!~}&#12435;");
@@ -149,46 +121,39 @@ TEST(PageText, StripsMarkup) {
         {"what never ends", "a<b c=\"d>e", "a"},
         {"a comment that never ends", "a<!-- b > c", "a"},
         {"nothing is assembled", "<<b>script>x<</b>/script>", "< script>x< /script>"},
-        {"addresses in angle brackets", "Kim <kim@a.de> <http://a/onload=x>",
-         "Kim kim@a.de http://a/onload=x"},
+        {"addresses", "<kim@a.de> <http://a/onload=x>", "kim@a.de http://a/onload=x"},
         {"an unclosed script", "a<script>b", "a"},
     };
     for (const Row& r : rows) EXPECT_EQ(taken(strStripHTMLTag(r.input)), r.expected) << r.label;
-    EXPECT_EQ(strStripHTMLTag(nullptr), nullptr);
 }
 
 TEST(PageText, WmlAndTokens) {
     EXPECT_EQ(taken(strConvWMLStr("a\\b & \"c\"\r\nd<e>$f \x83\x5C\xB0\xA1\\", "\\&\"\n")),
               "a&#92;b &amp; &quot;c&quot;<br/>\nd&lt;e&gt;$$f \x83\x5C\xB0\xA1&#92;");
     EXPECT_EQ(taken(strConvWMLStr("a&b\\c\n", "a")), "&b\\c\n");
-    EXPECT_EQ(strConvWMLStr(nullptr, ""), nullptr);
-
-    EXPECT_EQ(taken(strConvTokenStr("cid:a CID:b cid:cid:", "cid:", "xcid:")),
-              "xcid:a CID:b xcid:xcid:");
+    EXPECT_EQ(taken(strConvTokenStr("cid:a CID: cid:", "cid:", "xcid:")), "xcid:a CID: xcid:");
     EXPECT_EQ(taken(strConvTokenStr("aaa", "aa", nullptr)), "a");
     EXPECT_EQ(taken(strConvTokenStr("abc", "", "x")), "abc");
-    EXPECT_EQ(strConvTokenStr(nullptr, "a", "b"), nullptr);
+    for (char* none :
+         {strToHyperLink(nullptr), strConvHTMLStr(nullptr, ""), strStripHTMLTag(nullptr),
+          strConvWMLStr(nullptr, ""), strConvTokenStr(nullptr, "a", "b")})
+        EXPECT_EQ(none, nullptr);
 }
 
-#if !defined(__SANITIZE_ADDRESS__) && !defined(__clang__)
 TEST(PageText, NothingComesOutUnescapedWhenMemoryIsOut) {
+    if (kit::kAddressSanitizer) GTEST_SKIP();
     std::string quotes(16'000'000, '"');
-    // Less than the page of six times as many bytes, and then nothing at all.
+    // Less than the page of six times as many bytes.
     rlimit limit = {quotes.size() * 5, RLIM_INFINITY};
-    ASSERT_EQ(setrlimit(RLIMIT_AS, &limit), 0);
+    setrlimit(RLIMIT_AS, &limit);
     EXPECT_EQ(taken(strConvHTMLStr(quotes.c_str(), "")), "");
-    limit.rlim_cur = quotes.size();
-    ASSERT_EQ(setrlimit(RLIMIT_AS, &limit), 0);
-    EXPECT_EQ(taken(strToHyperLink(quotes.c_str())), "");
     limit.rlim_cur = RLIM_INFINITY;
     setrlimit(RLIMIT_AS, &limit);
 }
-#endif
 
 TEST(PageText, HostileTextsTakeLinearTime) {
-    for (std::string_view piece :
-         {"<", "http://", "@", "&", "a@", "<a ", "<!--", "~{a", "<http://a", "</script>",
-          "<script><!--", "a@b.cc ", "<A HREF=\"http://a", "\"'=<x ", ".@a.-"}) {
+    for (std::string_view piece : {"<", "http://", "@", "a@", "<a ", "<!--", "~{a", "<http://a",
+                                   "<script><!--", "<A HREF=\"http://a", "\"'=<x ", ".@a.-"}) {
         std::string text;
         while (text.size() < 1'000'000) text += piece;
         clock_t start = clock();  // processor time: the machine may be busy
