@@ -1,15 +1,13 @@
 // Address lists of any bytes: every address written out again, its name quoted, is read back as it
 // was.
 
-#include <cstdint>
-#include <cstdlib>
-#include <string>
-
+#include "fuzz.h"
 #include "mail/base/sink.h"
 #include "mail/parse/mail_addr.h"
 #include "support/host.h"
 
 using namespace attalven;
+using fuzz::require;
 
 namespace {
 
@@ -27,19 +25,18 @@ std::string quoted(const std::string& name) {
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     cutCopy(conf.mailDomainName, "example.org");
-    std::string text(reinterpret_cast<const char*>(data), size);
+    std::string text = fuzz::textOf(data, size);
     bool isPlain = text.find("=?") == text.npos && text.find('\x1B') == text.npos;
     OwnedAddress list(mailGetAddrList(text.c_str()));
     for (MailAddress* a = list.get(); a; a = a->next) {
         std::string address = str(a->mailbox) + "@" + str(a->host);
-        if (!a->host || address.find_first_of(" \r\n\"<>,;()\\") != address.npos) abort();
+        require(a->host && address.find_first_of(" \r\n\"<>,;()\\") == address.npos);
         std::string name = isPlain ? str(a->name) : "";
-        if (name.size() > 300) abort();
+        require(name.size() <= 300);
         if (address.size() > 300) continue;
         OwnedAddress again(mailGetAddrList((quoted(name) + " <" + address + ">").c_str()));
-        if (!again || again->next || str(again->mailbox) != str(a->mailbox) ||
-            str(again->host) != a->host || str(again->name) != name)
-            abort();
+        require(again && !again->next && str(again->name) == name);
+        require(str(again->mailbox) + "@" + str(again->host) == address);
     }
     return 0;
 }

@@ -2,22 +2,17 @@
 // vector and portable paths agree, and a stream form gives what its buffer form gives line by line.
 
 #include <algorithm>
-#include <cstdint>
-#include <cstdlib>
 #include <memory>
-#include <string>
 
+#include "fuzz.h"
 #include "mail/codec.h"
 #include "mail/codec/base64.h"
 #include "mail/codec/quoted_printable.h"
 
 using namespace attalven;
+using fuzz::require, fuzz::taken;
 
 namespace {
-
-void require(bool holds) {
-    if (!holds) abort();
-}
 
 using BufferForm = int (*)(char*, const char*);
 using StreamForm = void (*)(FILE*, FILE*, int);
@@ -31,14 +26,11 @@ std::string buffered(BufferForm form, const std::string& text, size_t room) {
 }
 
 std::string streamed(StreamForm form, std::string text) {
-    char* result = nullptr;
-    size_t size = 0;
-    FILE *in = fmemopen(text.data(), text.size(), "rb"), *out = open_memstream(&result, &size);
-    form(out, in, static_cast<int>(text.size()));
-    fclose(in), fclose(out);
-    std::string copy(result, size);
-    free(result);
-    return copy;
+    FILE* in = fmemopen(text.data(), text.size(), "rb");
+    int size = static_cast<int>(text.size());
+    std::string result = fuzz::written([&](FILE* out) { form(out, in, size); });
+    fclose(in);
+    return result;
 }
 
 void checkLines(BufferForm buffer, StreamForm stream, const std::string& text) {
@@ -76,21 +68,22 @@ void checkKernels(const std::string& bytes, size_t cut) {
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (size == 0) return 0;
-    std::string bytes(reinterpret_cast<const char*>(data), size), text = bytes, kept;
+    std::string bytes = fuzz::textOf(data, size), text = bytes;
     checkKernels(bytes, data[0] % size);
     std::erase(text, '\0');
     if (text.empty()) return 0;
     for (BufferForm decode : {DecodeBase64, DecodeQP, DecodeQP_ORG, DecodeUU, DecodeISO2022KR,
                               DecodeISO2022JP, DecodeEucJP2ShiftJIS})
         buffered(decode, text, text.size() + 1);
-    std::unique_ptr<char, void (*)(void*)> b64(mailEncodeBase64(text.c_str()), free),
-        qp(mailEncodeQP(text.c_str()), free);
-    require(buffered(DecodeBase64, b64.get(), 2 * text.size() + 8) == text);
-    std::unique_ptr<char, void (*)(void*)> plain(mailDecodeQP(qp.get()), free);
-    std::erase(kept = text, '\r');
-    require(kept == viewOf(plain.get()));
+    std::string b64 = taken(mailEncodeBase64(text.c_str())), qp = taken(mailEncodeQP(text.c_str()));
+    require(buffered(DecodeBase64, b64, 2 * text.size() + 8) == text);
     checkLines(DecodeBase64, strmDecodeBase64, text);
     checkLines(DecodeQP, strmDecodeQP, text);
     checkLines(EncodeQP, strmEncodeQP, text);
+    std::erase(text, '\r');
+    // Empty when nothing is left, and then no text at all.
+    char* plain = mailDecodeQP(qp.c_str());
+    require(text == viewOf(plain));
+    free(plain);
     return 0;
 }

@@ -2,32 +2,22 @@
 // in its names and plain text, no page holds the marker as markup, and no name leaves its header
 // line.
 
-#include <cstdlib>
-#include <cstring>
-#include <string>
-
+#include "fuzz.h"
 #include "mail/mail.h"
 
 namespace {
+
+using fuzz::require;
 
 constexpr char kMarker[] = "<x-mark\">";
 
 template <typename Call>
 std::string outputOf(Call call) {
-    char* text = nullptr;
-    size_t size = 0;
-    FILE* saved = stdout;
-    stdout = open_memstream(&text, &size);
-    call();
-    fclose(stdout);
-    stdout = saved;
-    std::string out(text, size);
-    free(text);
-    return out;
-}
-
-void require(bool holds) {
-    if (!holds) abort();
+    return fuzz::written([&](FILE* out) {
+        std::swap(stdout, out);
+        call();
+        std::swap(stdout, out);
+    });
 }
 
 std::string printed(void (*callback)(const char*, void**), void* bound, const char* arg = nullptr) {
@@ -39,9 +29,7 @@ std::string printed(void (*callback)(const char*, void**), void* bound, const ch
 bool isShownRaw(MailBody* part, FILE* fp) {
     if (part->type == 4 || !part->subType || strcasecmp(part->subType, "plain") != 0) return true;
     char* text = mailDecode(part, 1, nullptr, fp);
-    bool refers = text && strstr(text, "cid:");
-    free(text);
-    return refers;
+    return text && fuzz::taken(text).find("cid:") != std::string::npos;
 }
 
 void checkDownload(MailInfo* msg, MailBody* part, FILE* fp) {

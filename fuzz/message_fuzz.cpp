@@ -1,23 +1,15 @@
 // A message of any bytes: its parts are disjoint and lie inside the file, nesting and number are
 // bounded, and the summary equals the record, whether it is read from a stream or from windows.
 
-#include <cstdint>
-#include <cstdio>
-#include <cstdlib>
-#include <cstring>
-#include <string>
-
+#include "fuzz.h"
 #include "mail/parse/header_lines.h"
 #include "tests/kit/summary.h"
 
 using namespace attalven;
+using fuzz::require;
 using kit::shown;
 
 namespace {
-
-void require(bool holds) {
-    if (!holds) abort();
-}
 
 int parts;
 
@@ -53,7 +45,7 @@ void checkSummary(const MailInfo& m, string_view file, FILE* fp) {
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (size == 0) return 0;
-    std::string file(reinterpret_cast<const char*>(data), size);
+    std::string file = fuzz::textOf(data, size);
     FILE* fp = fmemopen(file.data(), size, "r");
     OwnedMessage top(mailGetHeaderInfo(0, static_cast<int>(size), fp));
     checkSummary(*top, file, fp);

@@ -2,21 +2,12 @@
 // the canonical form, every link that strToHyperLink() made stays one, and markup that is taken off
 // stays off.
 
-#include <cstdint>
-#include <cstdlib>
-#include <cstring>
-#include <string>
-
+#include "fuzz.h"
 #include "support/support.h"
 
 namespace {
 
-std::string taken(char* text) {
-    if (!text) abort();
-    std::string s = text;
-    free(text);
-    return s;
-}
+using fuzz::require, fuzz::taken;
 
 size_t count(const std::string& s, const std::string& token) {
     size_t n = 0;
@@ -29,7 +20,7 @@ const std::string kOpen = "<A HREF=\"",
 
 /// Takes a canonical link off the page's start; false if it is none.
 bool takeLink(std::string& page) {
-    if (page.rfind(kOpen, 0) != 0) return false;
+    if (!page.starts_with(kOpen)) return false;
     size_t middle = page.find(kMiddle), close = page.find(kClose);
     if (middle == page.npos || close == page.npos || close < middle) return false;
     std::string url = page.substr(kOpen.size(), middle - kOpen.size());
@@ -44,31 +35,29 @@ bool takeLink(std::string& page) {
 void checkPage(std::string page) {
     while (!page.empty()) {
         size_t plain = page.find_first_of("<>\"");
-        if (plain) {
+        if (plain)
             page.erase(0, plain);
-        } else if (page.rfind("<BR>\n", 0) == 0) {
+        else if (page.starts_with("<BR>\n"))
             page.erase(0, 5);
-        } else if (!takeLink(page)) {
-            abort();
-        }
+        else
+            require(takeLink(page));
     }
 }
 
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    std::string text(reinterpret_cast<const char*>(data), size);
-    text = text.c_str();
+    std::string text = fuzz::textOf(data, size).c_str();
     std::string links = taken(strToHyperLink(text.c_str()));
     std::string page = taken(strConvHTMLStr(links.c_str(), "\n"));
     checkPage(page);
     checkPage(taken(strConvHTMLStr(text.c_str(), "\n")));
-    if (count(links, kMiddle) - count(text, kMiddle) > count(page, kMiddle)) abort();
+    require(count(links, kMiddle) - count(text, kMiddle) <= count(page, kMiddle));
 
     std::string stripped = taken(strStripHTMLTag(text.c_str()));
     bool hz = text.find("~{") != text.npos || stripped.find("~{") != stripped.npos;
-    if (!hz && taken(strStripHTMLTag(stripped.c_str())) != stripped) abort();
+    require(hz || taken(strStripHTMLTag(stripped.c_str())) == stripped);
     std::string wml = taken(strConvWMLStr(stripped.c_str(), "\\&\"\n"));
-    if (wml.find('>') != wml.npos && count(wml, "<br/>\n") != count(wml, ">")) abort();
+    require(count(wml, "<br/>\n") == count(wml, ">"));
     return 0;
 }

@@ -1,11 +1,7 @@
 // SMTP replies from a hostile server: a code has three digits and stands in the bytes that were
 // read.
 
-#include <cstdint>
-#include <cstdio>
-#include <cstdlib>
-#include <cstring>
-
+#include "fuzz.h"
 #include "support/support.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
@@ -16,9 +12,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         char digits[4];
         snprintf(digits, sizeof digits, "%03d", code);
         long after = ftell(f);
-        if (code > 999 || after <= before ||
-            !memmem(data + before, static_cast<size_t>(after - before), digits, 3))
-            abort();
+        fuzz::require(code <= 999 && after > before &&
+                      memmem(data + before, static_cast<size_t>(after - before), digits, 3));
     }
     fclose(f);
     return 0;

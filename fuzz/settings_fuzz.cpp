@@ -2,21 +2,15 @@
 
 #include <strings.h>
 
-#include <cstdio>
-#include <cstdlib>
-#include <cstring>
-
+#include "fuzz.h"
 #include "mail/base/file.h"
 #include "mail/config.h"
 #include "mail/config/settings_tables.h"
 
 using namespace attalven;
+using fuzz::require;
 
 namespace {
-
-void check(bool ok) {
-    if (!ok) abort();
-}
 
 /// The last line whose key starts it decides; of two keys that do, the first in the documented
 /// order is the longer one.
@@ -33,7 +27,7 @@ void modelLine(char* line, MailAdminPreference& rec) {
 MailAdminPreference readFrom(const void* data, size_t size) {
     MailAdminPreference rec = {};
     OwnedFile f(fmemopen(const_cast<void*>(data), size, "r"));
-    check(f != nullptr);
+    require(f != nullptr);
     readSettings(adminSettings(), f.get(), kShortLines, &rec);
     return rec;
 }
@@ -45,14 +39,14 @@ extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, size_t size) {
     MailAdminPreference rec = readFrom(data, size), model = {};
     OwnedFile f(fmemopen(const_cast<unsigned char*>(data), size, "r"));
     for (char line[kShortLines]; f && fgets(line, sizeof line, f.get());) modelLine(line, model);
-    check(rec.pop3 == model.pop3 && rec.pop3Flag == model.pop3Flag);
-    check(rec.spoolSize == model.spoolSize &&
-          rec.spoolSizeMailWarnFlag == model.spoolSizeMailWarnFlag);
+    require(rec.pop3 == model.pop3 && rec.pop3Flag == model.pop3Flag);
+    require(rec.spoolSize == model.spoolSize &&
+            rec.spoolSizeMailWarnFlag == model.spoolSizeMailWarnFlag);
 
     Text once, twice;
     writeSettings(adminSettings(), &rec, once);
     MailAdminPreference back = readFrom(once.view().data(), once.size());
     writeSettings(adminSettings(), &back, twice);
-    check(once.view() == twice.view());
+    require(once.view() == twice.view());
     return 0;
 }

@@ -1,20 +1,12 @@
 // Encoded words: what is written reads back, and every value decodes to a text, wherever it stands.
 
-#include <cstdint>
-#include <cstdlib>
-#include <string>
-
+#include "fuzz.h"
 #include "mail/codec/encoded_word_decode.h"
 #include "mail/mail.h"
 
 namespace {
 
-std::string taken(char* text) {
-    if (!text) abort();
-    std::string copy = text;
-    free(text);
-    return copy;
-}
+using fuzz::require, fuzz::taken;
 
 void remove(std::string& s, const char* piece) {
     for (size_t at; (at = s.find(piece)) != std::string::npos;)
@@ -26,20 +18,17 @@ void roundTrip(std::string text, char* (*encode)(const char*, const char*)) {
     std::string words = taken(encode(text.c_str(), "x-fuzz"));
     remove(words, "\n\t");
     if (encode == mailEncodeSubjectQP) remove(text, "\r");
-    if (taken(mailDecodeSubject(words.c_str())) != text) abort();
+    require(taken(mailDecodeSubject(words.c_str())) == text);
 }
 
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    std::string text(reinterpret_cast<const char*>(data), size);
-    text = text.c_str();
+    std::string bytes = fuzz::textOf(data, size), text = bytes.c_str();
     if (text.empty()) return 0;
     std::string value = taken(mailDecodeSubject(text.c_str()));
-    if (value !=
-        taken(attalven::decodeWords({reinterpret_cast<const char*>(data), size}).release()))
-        abort();
-    if (value.size() > 3 * text.size() + 64) abort();
+    require(value == taken(attalven::decodeWords(bytes).release()));
+    require(value.size() <= 3 * text.size() + 64);
     roundTrip(text, mailEncodeSubjectBase64);
     roundTrip(text, mailEncodeSubjectQP);
     const char* sets[] = {"euc-kr", "iso-2022-jp", "kor-utf-8", "cns-utf-8", "hz"};

@@ -1,0 +1,45 @@
+#ifndef ATTALVEN_FUZZ_FUZZ_H
+#define ATTALVEN_FUZZ_FUZZ_H
+
+// What the fuzzers share: the end of a run whose oracle fails, and texts that free themselves.
+
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+
+namespace fuzz {
+
+inline void require(bool holds) {
+    if (!holds) abort();
+}
+
+inline std::string textOf(const void* data, size_t size) {
+    return {static_cast<const char*>(data), size};
+}
+
+/// A heap text as a string; frees it.
+inline std::string taken(char* text) {
+    require(text);
+    std::string copy = text;
+    free(text);
+    return copy;
+}
+
+/// What `write(FILE*)` writes.
+template <typename Write>
+std::string written(Write write) {
+    char* text = nullptr;
+    size_t size = 0;
+    FILE* f = open_memstream(&text, &size);
+    write(f);
+    fclose(f);
+    std::string copy(text, size);
+    free(text);
+    return copy;
+}
+
+}  // namespace fuzz
+
+#endif
