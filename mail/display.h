@@ -50,15 +50,15 @@ ATTALVEN_API char* mailGetStrOneAddr(MailAddress* addr);
 ATTALVEN_API char* mailGetUserName(const char* text);
 
 /* The text of one text part, from the open message: its body of bodySize bytes at bodyOffset,
- * decoded by the part's transfer encoding and converted from its charSet to the page character set;
- * a text without charset is converted when it holds an ISO-2022-KR or -JP designator. `mode` 1
- * stops there. `mode` 2 prepares it for an HTML page: every "cid:" becomes `cidPrefix` (NULL: left
- * alone) and "<BASE" becomes
- * "<!-BASE"; a text without "cid:" gets links, and plain and enriched text is escaped as well.
- * Subtypes other than plain, enriched and html stay as decoded. A text that cannot be converted
- * stays in its own character set. The result is NUL-terminated; a NUL byte in the body ends it.
- * Caller frees with free. NULL when nothing can be read or decoded. Moves `fp`. RFC 2045, 2392.
- */
+ * decoded by the part's transfer encoding and converted to the page character set: from its
+ * charSet, and then every "<META" becomes "<!-META"; without a charSet only when it holds an
+ * ISO-2022-KR or -JP designator. A text that cannot be converted stays in its own character set,
+ * META tags included. `mode` 1 stops there. `mode` 2 prepares it for an HTML page: in a text with
+ * "cid:" every "cid:" becomes `cidPrefix` and every "<BASE" becomes "<!-BASE" (no "cid:" does when
+ * that would add more than 64 MiB); any other text, and any for a NULL `cidPrefix`, gets links, and
+ * plain and enriched text is escaped as well. Subtypes other than plain, enriched and html get no
+ * links. The result is NUL-terminated; a NUL byte in the body ends it. Caller frees with free. NULL
+ * when nothing can be read or decoded. Moves `fp`. RFC 2045, 2392. */
 ATTALVEN_API char* mailDecode(MailBody* part, int mode, const char* cidPrefix, FILE* fp);
 
 /* Prints a text/enriched body (RFC 1896) as plain text on standard output: formatting commands and
