@@ -56,8 +56,9 @@ TEST(Decode, BodyOutsideTheFile) {
 }
 
 TEST(Enriched, RowByRow) {
+    const std::string x(1016, 'x'), cut = x + "<param>a</param>" + x + "<<<b>";
     const struct {
-        const char *text, *expected;
+        std::string text, expected;
         int size = 100;
     } rows[] = {
         {"a\nb\n\nc\n\n\n", "a b \nc \n\n"},
@@ -67,6 +68,7 @@ TEST(Enriched, RowByRow) {
         {"a<bold\nb\n<x>\nc", "ab  c"},
         {"a\nb\nc\n", "a b ", 3},
         {"a", "", 0},
+        {cut, x + x + "<", 3000},
     };
     for (const auto& row : rows) {
         kit::File file = kit::fileOf(row.text);

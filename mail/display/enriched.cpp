@@ -1,7 +1,8 @@
 // Text/enriched bodies as plain text (RFC 1896). State: the last character handled, which tells a
 // single line break (a space) from further ones (kept), and whether a parameter is being skipped.
-// Lines come in pieces of at most 1023 characters; neither a formatting command nor a parameter's
-// closing tag is looked for beyond the end of its piece, so unclosed ones cost no more than that.
+// Lines come in pieces of at most 1023 characters; a tag that the end of a piece cuts waits for the
+// next piece. One that does not fit a piece is not looked for beyond its end, so unclosed ones cost
+// no more than that.
 
 #include "mail/base/line_reader.h"
 #include "mail/display.h"
@@ -11,6 +12,18 @@ namespace attalven {
 namespace {
 
 constexpr size_t kLineLimit = 1024;
+
+/// A piece that ends inside its line, without the tag that it cuts; a piece of nothing but such a
+/// tag whole. Of a run of "<" each two are a literal one.
+string_view withoutCutTag(const LinePiece& piece) {
+    string_view s = piece.text;
+    size_t at = s.rfind('<');
+    if (piece.endsLine() || at == string_view::npos || s.find('>', at) != string_view::npos)
+        return s;
+    size_t run = 1;
+    while (run <= at && s[at - run] == '<') run++;
+    return run % 2 && at > 0 ? head(s, at) : s;
+}
 
 class EnrichedPrinter {
   public:
@@ -70,7 +83,9 @@ void mailTextEnrichedHandler(MailBody* part, FILE** fp) {
     EnrichedPrinter printer;
     LinePiece piece;
     for (int64_t left = part->bodySize; left > 0 && lines.next(piece);) {
-        left -= static_cast<int64_t>(piece.text.size());
-        printer.print(piece.text);
+        string_view text = withoutCutTag(piece);
+        lines.seek(piece.offset + static_cast<int64_t>(text.size()));
+        left -= static_cast<int64_t>(text.size());
+        printer.print(text);
     }
 }
