@@ -7,6 +7,7 @@
 
 #include "language.h"
 #include "mail/base/bounded_text.h"
+#include "mail/base/page_sink.h"
 #include "mail/base/text.h"
 #include "page.h"
 #include "support.h"
@@ -26,10 +27,6 @@ const char* variable(const char* name, size_t max) {
 bool isAddressByte(char c) {
     return isDigit(c) || (toLower(c) >= 'a' && toLower(c) <= 'f') || c == '.' || c == ':' ||
            c == '%';
-}
-
-bool isControl(char c) {
-    return byteOf(c) < 0x20 || c == 0x7F;
 }
 
 BoundedText<kTypeMax> printableType(string_view contentType) {
