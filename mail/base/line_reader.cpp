@@ -9,7 +9,7 @@
 namespace attalven {
 
 namespace {
-constexpr size_t kFirstRead = 8 * 1024;
+constexpr size_t kFirstRead = 8 * 1024, kPage = 4096;
 }
 
 LineReader::LineReader(FILE* stream, size_t limit)
@@ -35,6 +35,9 @@ bool LineReader::fill() {
     }
     size_t want = std::min(nextRead_, kBlock - end_);
     if (want == 0) return false;
+    // Whole pages go straight into the buffer; the C library would fetch a rest by a read of its
+    // own.
+    if (want > kPage) want -= want % kPage;
     nextRead_ = kBlock;
     size_t got = fread(buffer_.get() + end_, 1, want, stream_);
     end_ += got;
