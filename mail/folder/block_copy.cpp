@@ -62,11 +62,16 @@ bool digestRange(Range range, Blocks& blocks, Digest& digest) {
     });
 }
 
-bool isSameRange(Range range, int other, int64_t otherOffset, Blocks& blocks) {
-    return eachBlock(range, blocks.first.get(), [&](int64_t done, string_view block) {
-        return readAt(other, otherOffset + done, blocks.second.get(), block.size()) &&
-               memcmp(block.data(), blocks.second.get(), block.size()) == 0;
+std::optional<bool> isSameRange(Range range, int other, int64_t otherOffset, Blocks& blocks) {
+    bool isSame = true;
+    bool isRead = eachBlock(range, blocks.first.get(), [&](int64_t done, string_view block) {
+        char* there = blocks.second.get();
+        if (!readAt(other, otherOffset + done, there, block.size())) return false;
+        isSame = memcmp(block.data(), there, block.size()) == 0;
+        return isSame;
     });
+    if (!isRead && isSame) return std::nullopt;
+    return isSame;
 }
 
 }  // namespace attalven

@@ -24,8 +24,9 @@ struct Range {
 bool readAt(int fd, int64_t offset, char* to, size_t size);
 bool copyRange(Range from, int to, int64_t toOffset, Blocks& blocks);
 bool digestRange(Range range, Blocks& blocks, Digest& digest);
-/// Whether the range of `other` that begins at `otherOffset` holds the same bytes.
-bool isSameRange(Range range, int other, int64_t otherOffset, Blocks& blocks);
+/// Whether the range of `other` that begins at `otherOffset` holds the same bytes; nothing when one
+/// of them cannot be read.
+std::optional<bool> isSameRange(Range range, int other, int64_t otherOffset, Blocks& blocks);
 
 }  // namespace attalven
 

@@ -27,8 +27,8 @@ namespace {
 constexpr int kRounds = 10;
 
 /// Whether the owner of a file beside the folder may write the folder anyway.
-bool isTrusted(const FileState& file, int folder) {
-    return file.owner == geteuid() || file.owner == 0 || file.owner == stateOf(folder).owner;
+bool isTrusted(const FileState& file, const FileState& folder) {
+    return file.owner == geteuid() || file.owner == 0 || file.owner == folder.owner;
 }
 
 /// Adds the range to the file of what could not be placed, for a human to look at.
@@ -39,13 +39,14 @@ bool keepAside(string_view folder, Range range, Blocks& blocks) {
            fsync(kept.get()) == 0;
 }
 
-bool isZero(Range range, Blocks& blocks) {
+std::optional<bool> isZero(Range range, Blocks& blocks) {
     Digest zeros, found;
     memset(blocks.second.get(), 0, Blocks::kSize);
     for (int64_t n = range.size; n > 0; n -= static_cast<int64_t>(Blocks::kSize))
         zeros.add(string_view(blocks.second.get(),
                               static_cast<size_t>(std::min<int64_t>(n, Blocks::kSize))));
-    return digestRange(range, blocks, found) && found.value() == zeros.value();
+    if (!digestRange(range, blocks, found)) return std::nullopt;
+    return found.value() == zeros.value();
 }
 
 }  // namespace
@@ -70,20 +71,26 @@ bool InPlaceCopy::extend() {
     return ftruncate(folder, journal.newSize) == 0;
 }
 
-bool InPlaceCopy::isExtended() {
-    return folderSize() >= journal.newSize &&
-           isZero({folder, journal.oldSize, journal.newSize - journal.oldSize}, blocks);
+std::optional<bool> InPlaceCopy::isExtended() {
+    int64_t size = folderSize();
+    if (size < journal.oldSize) return std::nullopt;
+    if (size < journal.newSize) return false;
+    return isZero({folder, journal.oldSize, journal.newSize - journal.oldSize}, blocks);
 }
 
 /// Nothing was overwritten yet. A journal that says otherwise could not be brought to the disk; it
 /// must be obeyed.
 InPlaceCopy::Result InPlaceCopy::giveUp() {
     Journal found;
-    bool isThere = found.load(path) == Journal::Read::kDone;
-    if (isThere && found.phase == Journal::kCopying) return Result::kUnfinished;
-    if (isThere && folderSize() == journal.newSize && isExtended() &&
-        ftruncate(folder, journal.oldSize) != 0)
+    Journal::Read read = found.load(path);
+    if (read == Journal::Read::kDone && found.phase == Journal::kExtending) {
+        std::optional<bool> isLonger = isExtended();
+        bool isBack = isLonger && (!*isLonger || (folderSize() == journal.newSize &&
+                                                  ftruncate(folder, journal.oldSize) == 0));
+        if (!isBack) return Result::kUnfinished;
+    } else if (read != Journal::Read::kNone) {
         return Result::kUnfinished;
+    }
     return Journal::remove(path) ? Result::kUntouched : Result::kUnfinished;
 }
 
@@ -99,15 +106,19 @@ InPlaceCopy::Result InPlaceCopy::run() {
 
 InPlaceCopy::Result InPlaceCopy::resume() {
     if (journal.phase == Journal::kExtending) {
-        if (!isExtended()) return Journal::remove(path) ? Result::kUntouched : Result::kUnfinished;
+        std::optional<bool> isLonger = isExtended();
+        if (!isLonger) return Result::kUnfinished;
+        if (!*isLonger) return Journal::remove(path) ? Result::kUntouched : Result::kUnfinished;
         journal.phase = Journal::kCopying;
         if (!journal.save(path)) return Result::kUnfinished;
     }
-    if (isComplete()) return finish(fsync(folder) == 0);
-    // Somebody has cut a torn folder. What is there may be all that is left of new mail.
+    std::optional<bool> isDone = isComplete();
+    if (!isDone) return Result::kUnfinished;
+    if (*isDone) return finish(fsync(folder) == 0);
     int64_t size = folderSize();
-    if (size < journal.copySize() &&
-        (!keepAside(path, {folder, 0, size}, blocks) || ftruncate(folder, journal.copySize()) != 0))
+    // Somebody has cut a torn folder. What is there may be all that is left of new mail.
+    if (size < journal.copySize() && (size < 0 || !keepAside(path, {folder, 0, size}, blocks) ||
+                                      ftruncate(folder, journal.copySize()) != 0))
         return Result::kUnfinished;
     return finish(copyAndCut());
 }
@@ -117,15 +128,17 @@ InPlaceCopy::Result InPlaceCopy::finish(bool copied) {
 }
 
 /// Whether the folder holds the new content and was cut to it; what follows is new mail.
-bool InPlaceCopy::isComplete() {
+std::optional<bool> InPlaceCopy::isComplete() {
     int64_t size = folderSize();
-    if (size < journal.newSize || !isSameRange({marker, 0, journal.newSize}, folder, 0, blocks))
-        return false;
-    if (journal.newSize >= journal.oldSize || size < journal.oldSize) return true;
+    if (size < 0) return std::nullopt;
+    if (size < journal.newSize) return false;
+    std::optional<bool> isNew = isSameRange({marker, 0, journal.newSize}, folder, 0, blocks);
+    if (!isNew || !*isNew || journal.newSize >= journal.oldSize || size < journal.oldSize)
+        return isNew;
     Digest rest(journal.key);
-    return digestRange({folder, journal.newSize, journal.oldSize - journal.newSize}, blocks,
-                       rest) &&
-           rest.value() != journal.restDigest;
+    Range oldRest = {folder, journal.newSize, journal.oldSize - journal.newSize};
+    if (!digestRange(oldRest, blocks, rest)) return std::nullopt;
+    return rest.value() != journal.restDigest;
 }
 
 /// Adds what lies behind the copy to the new content.
@@ -153,7 +166,8 @@ bool InPlaceCopy::copyAndCut() {
         if (folderSize() > journal.copySize() && !absorbNewMail()) return false;
         Range content = {marker, 0, journal.newSize};
         if (!copyRange(content, folder, 0, blocks)) return false;
-        if (!isSameRange(content, folder, 0, blocks) || fsync(folder) != 0) continue;
+        if (!isSameRange(content, folder, 0, blocks).value_or(false) || fsync(folder) != 0)
+            continue;
         size = folderSize();
         // An agent that takes no lock may have written: nothing of it may be cut off.
         if (size == journal.copySize()) break;
@@ -170,14 +184,18 @@ bool finishLocked(string_view path, int folder, int marker, Blocks& blocks) {
     Journal journal;
     Journal::Read read = journal.load(path);
     if (read == Journal::Read::kNone) return true;
-    FileState state = stateOf(marker);
+    FileState state = stateOf(marker), folderState = stateOf(folder);
+    if (read == Journal::Read::kForeign || read == Journal::Read::kFailed ||
+        !folderState.exists() || (marker >= 0 && !state.exists()))
+        return false;
     bool isWhole = false;
-    if (read == Journal::Read::kDone && state.size >= journal.newSize && isTrusted(state, folder)) {
+    if (read == Journal::Read::kDone && state.size >= journal.newSize &&
+        isTrusted(state, folderState)) {
         Digest content(journal.key);
         if (!digestRange({marker, 0, journal.newSize}, blocks, content)) return false;
         isWhole = content.value() == journal.contentDigest;
     }
-    if (!isWhole)  // not the marker of this journal: the copy had been finished, or never began
+    if (!isWhole)  // not the marker of this journal: the copy had been finished
         return (state.size <= 0 || keepAside(path, {marker, 0, state.size}, blocks)) &&
                Journal::remove(path);
     if (state.size > journal.newSize && ftruncate(marker, journal.newSize) != 0) return false;
@@ -188,20 +206,24 @@ bool finishLocked(string_view path, int folder, int marker, Blocks& blocks) {
 }  // namespace
 
 bool finishRewrite(string_view path) {
-    if (!stateOf(SidePath(path, kJournalEnding)).exists()) return true;
     Journal journal;
-    if (journal.load(path) == Journal::Read::kNone) return true;
-    HoldSignals signals;
+    Journal::Read read = journal.load(path);
+    if (read == Journal::Read::kNone) return true;
     SidePath markerPath(path, kMarkerEnding);
-    if (markerAge(markerPath) == MarkerAge::kYoung) return false;
+    // What a foreign journal says is not done; but its marker may be all that is left of mail.
+    if (read == Journal::Read::kForeign) return isAbsent(markerPath);
+    if (read == Journal::Read::kFailed || markerAge(markerPath) == MarkerAge::kYoung) return false;
+    HoldSignals signals;
     Descriptor marker = openMarker(markerPath);
-    if (marker ? !holdMarker(markerPath, marker.get()) : stateOf(markerPath).isRegular)
+    if (marker ? !holdMarker(markerPath, marker.get()) : errno != ENOENT && errno != ELOOP)
         return false;
     Blocks blocks;
     FolderLock lock(path);
     if (!blocks || !lock.acquire() || !lock.canWrite() ||
         !finishLocked(path, lock.fd(), marker.get(), blocks))
         return false;
+    // The lock goes first: while the marker is there, the next opening looks for what is left.
+    lock.release();
     if (marker) unlinkSame(markerPath, marker.get());
     return true;
 }

@@ -33,8 +33,8 @@ struct InPlaceCopy {
     bool extend();
     Result giveUp();
     Result finish(bool copied);
-    bool isExtended();
-    bool isComplete();
+    std::optional<bool> isExtended();
+    std::optional<bool> isComplete();
     bool copyAndCut();
     bool absorbNewMail();
     bool noteRest();

@@ -54,15 +54,19 @@ bool Journal::save(string_view folder) const {
 }
 
 Journal::Read Journal::load(string_view folder) {
-    Descriptor file(open(SidePath(folder, kJournalEnding), O_RDONLY | kSideFileFlags));
-    FileState state = stateOf(file.get());
+    SidePath path(folder, kJournalEnding);
+    if (isAbsent(path)) return Read::kNone;
+    FileState state = stateOf(path);
     struct stat st;
-    uid_t owner = stat(SidePath(folder, ""), &st) == 0 ? st.st_uid : 0;
-    if (!state.isRegular || (state.owner != geteuid() && state.owner != 0 && state.owner != owner))
-        return Read::kNone;
+    if (!state.exists() || stat(SidePath(folder, ""), &st) != 0) return Read::kFailed;
+    if (!state.isRegular ||
+        (state.owner != geteuid() && state.owner != 0 && state.owner != st.st_uid))
+        return Read::kForeign;
+    Descriptor file(open(path, O_RDONLY | kSideFileFlags));
     char text[256] = {};
-    ssize_t n = read(file.get(), text, sizeof text - 1);
-    return n > 0 && parse(text, *this) ? Read::kDone : Read::kInvalid;
+    ssize_t n = file ? read(file.get(), text, sizeof text - 1) : -1;
+    if (n < 0 || !stateOf(file.get()).isSameFile(state)) return Read::kFailed;
+    return parse(text, *this) ? Read::kDone : Read::kInvalid;
 }
 
 void Journal::removeFresh(string_view folder) {
@@ -73,7 +77,7 @@ bool Journal::remove(string_view folder) {
     SidePath path(folder, kJournalEnding);
     unlink(path);
     removeFresh(folder);
-    return !stateOf(path).exists() && syncDirectory(folder);
+    return isAbsent(path) && syncDirectory(folder);
 }
 
 }  // namespace attalven

@@ -25,9 +25,9 @@ struct Journal {
 
     /// Writes the journal of the folder at `folder` to the disk, in place of an older one.
     bool save(string_view folder) const;
-    enum class Read { kNone, kDone, kInvalid };
-    /// A journal that is neither ours, nor the superuser's, nor that of the folder's owner counts
-    /// as none.
+    /// A foreign journal belongs neither to us, nor to the superuser, nor to the folder's owner; an
+    /// invalid one is not of this form; one that failed cannot be read now.
+    enum class Read { kNone, kDone, kForeign, kInvalid, kFailed };
     Read load(string_view folder);
     /// Deletes the journal; false when it may still be there.
     static bool remove(string_view folder);

@@ -3,6 +3,8 @@
 
 #include "side_files.h"
 
+#include <cerrno>
+
 namespace attalven {
 
 namespace {
@@ -26,6 +28,11 @@ FileState stateOf(int fd) {
 FileState stateOf(const char* path) {
     struct stat st;
     return lstat(path, &st) == 0 ? FileState(st) : FileState();
+}
+
+bool isAbsent(const char* path) {
+    struct stat st;
+    return lstat(path, &st) != 0 && errno == ENOENT;
 }
 
 void unlinkSame(const char* path, int fd) {

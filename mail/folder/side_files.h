@@ -64,6 +64,9 @@ struct FileState {
 FileState stateOf(int fd);
 FileState stateOf(const char* path);
 
+/// Whether there is certainly nothing under that name; an error of looking is no proof.
+bool isAbsent(const char* path);
+
 /// Deletes the file at `path` if it is the one that `fd` has open.
 void unlinkSame(const char* path, int fd);
 
