@@ -99,6 +99,7 @@ bool Pair::open(const Charset* to, const char* toName, const Charset* from, cons
     static constexpr Charset unlisted;
     to_ = to ? to : &unlisted;
     from_ = from ? from : &unlisted;
+    stateless_ = isBytewise(to_->shape) && isBytewise(from_->shape);
     wideOpen_ = wideTried_ = false;
     strict_ = iconv_open(to ? to->write : toName, from ? from->read : fromName);
     return strict_ != reinterpret_cast<iconv_t>(-1);
@@ -128,7 +129,7 @@ bool Pair::openWide() {
 
 /// ASCII at the start of the text is the same in both sets.
 void Pair::copyAscii(char** in, size_t* inLeft, char** out, size_t* outLeft) const {
-    if (!isBytewise(from_->shape) || !isBytewise(to_->shape)) return;
+    if (!stateless_) return;
     size_t most = std::min(*inLeft, *outLeft), n = 0;
     while (most - n >= 16 && !bitsOf(load(*in + n) > 0x7F)) n += 16;
     while (n < most && byteAt(*in + n) < 0x80) n++;
@@ -215,10 +216,7 @@ bool Pair::readNext(Next next, char** in, size_t* inLeft, char** out, size_t* ou
 }
 
 size_t Pair::convert(char** in, size_t* inLeft, char** out, size_t* outLeft) {
-    if (!in || !*in) {
-        if (wideOpen_) iconv(wide_, nullptr, nullptr, nullptr, nullptr);
-        return iconv(strict_, nullptr, nullptr, out, outLeft);
-    }
+    if (!in || !*in) return stateless_ ? 0 : iconv(strict_, nullptr, nullptr, out, outLeft);
     copyAscii(in, inLeft, out, outLeft);
     Stop stop = {*in, Next::strict};
     for (size_t inexact = 0;;) {

@@ -40,6 +40,7 @@ class Pair {
 
     iconv_t strict_, wide_;
     const Charset *to_, *from_;
+    bool stateless_;  // both sets: nothing to forget between two texts, nothing to close behind one
     bool wideOpen_, wideTried_;
 };
 

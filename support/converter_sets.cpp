@@ -33,10 +33,12 @@ constexpr Charset ascii = plain("US-ASCII");
 constexpr Charset utf8 = plain("UTF-8");
 constexpr Charset latin1 = plain("ISO-8859-1");
 constexpr Charset uhc = plain("UHC"), cp932 = plain("CP932"), eucJpMs = plain("EUC-JP-MS");
-constexpr Charset gbk = plain("GBK"), hkscs = plain("BIG5-HKSCS"), windows1252 = plain("CP1252");
+constexpr Charset gbk = plain("GBK"), windows1252 = plain("CP1252");
 constexpr Charset iso88596 = plain("ISO-8859-6"), iso88598 = plain("ISO-8859-8");
 constexpr Charset macRoman = plain("MACINTOSH"), macCyrillic = plain("MAC-CYRILLIC");
 constexpr Charset thai = plain("CP874");
+// Holds a letter back until it knows whether a combining mark follows.
+constexpr Charset hkscs = {.read = "BIG5-HKSCS", .write = "BIG5-HKSCS"};
 constexpr Charset chineseRoman = {.read = "GB_1988-80", .write = "GB_1988-80"};
 
 struct Name {

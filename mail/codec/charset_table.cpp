@@ -108,6 +108,8 @@ bool isCharsetName(string_view name) {
     if (name.empty() || name.size() > 64) return false;
     for (char c : name)
         if (!kNameBytes[byteOf(c)]) return false;
+    if (string_view("ICUicu").find(name.front()) == string_view::npos)
+        return true;  // as they start
     for (string_view denied : kDenied)
         if (startsDenied(name, denied)) return false;
     return true;
