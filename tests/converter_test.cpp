@@ -75,7 +75,7 @@ const Row rows[] = {
 // However small the pieces of output, the text, the error and its place are the same; a long text
 // passes through several stages.
 TEST(Converter, ConvertsInPieces) {
-    for (size_t step : {8, 9, 11, 64, 4096})
+    for (size_t step : {8u, 9u, 11u, 64u, 4096u})
         for (const Row& row : rows)
             EXPECT_EQ(run(row.target, row.source, row.input, step), row.expected)
                 << row.label << step;

@@ -72,7 +72,7 @@ TEST_F(Smtp, SpeaksTheDocumentedDialogue) {
 TEST_F(Smtp, DoublesDotsOnlyAtLineStarts) {
     std::string message;
     std::string expected;
-    for (int i = 0; i < 20000; i++) {
+    for (size_t i = 0; i < 20000; i++) {
         std::string line = "." + std::string(i % 1000, i % 2 ? '.' : 'x') + ".\n";
         message += "a." + line.substr(1) + line;
         expected += "a." + line.substr(1) + "." + line;
