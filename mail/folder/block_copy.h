@@ -4,6 +4,8 @@
 // Ranges of files, in large blocks. Every function gives false on an error, and when a file ends
 // before the range does.
 
+#include <optional>
+
 #include "digest.h"
 #include "mail/base/owned.h"
 

@@ -4,6 +4,8 @@
 // The new content of a folder: ranges of the old one and messages with a new Status line, in large
 // writes.
 
+#include <optional>
+
 #include "block_copy.h"
 #include "fldr_scan.h"
 

@@ -198,7 +198,6 @@ bool finishLocked(string_view path, int folder, int marker, Blocks& blocks) {
     if (!isWhole)  // not the marker of this journal: the copy had been finished
         return (state.size <= 0 || keepAside(path, {marker, 0, state.size}, blocks)) &&
                Journal::remove(path);
-    if (state.size > journal.newSize && ftruncate(marker, journal.newSize) != 0) return false;
     InPlaceCopy copy = {path, folder, marker, blocks, journal};
     return copy.resume() != InPlaceCopy::Result::kUnfinished;
 }

@@ -4,6 +4,8 @@
 // Replacing the content of a folder that must stay the same file: from the marker, with a journal,
 // so that the next opening can finish a copy that was interrupted at any point.
 
+#include <optional>
+
 #include "block_copy.h"
 #include "fldr_journal.h"
 #include "side_files.h"

@@ -7,6 +7,7 @@
 #include <sys/random.h>
 
 #include <ctime>
+#include <span>
 
 #include "fldr_content.h"
 #include "fldr_in_place.h"
@@ -68,6 +69,7 @@ bool isStillIndexed(const Plan& plan, int fd) {
     size_t n = 0;
     while (scan.findMessage()) {
         MessageSpan found = scan.measure();
+        if (found.offset < plan.begin) return false;
         if (n < plan.entries().size() && spanOf(*plan.entries()[n]) == found) n++;
     }
     return n == plan.entries().size() &&
@@ -156,10 +158,10 @@ bool Rewrite::writeGrowth() {
 }
 
 bool Rewrite::writeContent() {
-    if (!writeEntries() || !writeGrowth() || fsync(marker_) != 0) return false;
+    if (!writeEntries()) return false;
     for (int round = 0; round < kGrowthRounds; round++) {
-        if (folderSize() == copied_) return true;
         if (!writeGrowth() || fsync(marker_) != 0) return false;
+        if (folderSize() == copied_) return true;
     }
     return false;
 }
