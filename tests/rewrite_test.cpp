@@ -133,15 +133,14 @@ TEST_F(Rewrite, KeepsWhatCameSince) {
 TEST_F(Rewrite, LeavesAFolderThatIsNotTheIndexedOne) {
     const string content = kFrom + "A: 1\n\none\n" + kFrom + "A: 2\n\ntwo\n" + kFrom + "A: 3\n\n\n";
     const string moved = content.substr(content.size() / 3);
+    const string others = kFrom + "A: 2\n\ntwo\n" + kFrom + "A: 4\n\nfor\n" + moved;
     const struct {
         const char* label;
         std::function<void()> change;
         string expected;
     } rows[] = {
         {"shorter", [&] { kit::writeFile(path, moved); }, moved},
-        {"other messages of the same sizes",
-         [&] { kit::writeFile(path, kFrom + "A: 2\n\ntwo\n" + kFrom + "A: 4\n\nfor\n" + moved); },
-         kFrom + "A: 2\n\ntwo\n" + kFrom + "A: 4\n\nfor\n" + moved},
+        {"other messages of the same sizes", [&] { kit::writeFile(path, others); }, others},
         {"another file",
          [&] {
              std::filesystem::copy_file(path, path + "2");
@@ -175,31 +174,18 @@ TEST_F(Rewrite, LeavesAFolderThatIsNotTheIndexedOne) {
         }
 }
 
-TEST_F(Rewrite, TakesRecordsOfOtherOrigin) {
+TEST_F(Rewrite, TakesARecordMadeFromAStream) {
     const string content = kFrom + "\none\n" + kFrom + "\ntwo\n" + kFrom + "\nthree\n";
     kit::writeFile(path, content);
-    FILE* stream = fopen(path.c_str(), "r");
-    Fldr* f = fldrProcessing(stream);
-    fldrMsgDelete(1, f);
-    fldrClose(f);  // without a path there is nothing to rewrite
-    EXPECT_EQ(kit::readFile(path), content);
-    kit::ModelFolder model(content);
-    Fldr* own = static_cast<Fldr*>(calloc(1, sizeof(Fldr)));
-    snprintf(own->path, sizeof own->path, "%s", path.c_str());
-    own->fp = stream;
-    size_t offset = 0;
-    for (const auto& m : model.messages) {
-        FldrMsg* entry = own->msgs[own->msgCount++] =
-            static_cast<FldrMsg*>(calloc(1, sizeof(FldrMsg)));
-        entry->offset = static_cast<int>(offset);
-        entry->hdrSize = static_cast<int>(m.headerSize());
-        entry->size = static_cast<int>(m.size());
-        offset += m.size();
+    kit::File stream(fopen(path.c_str(), "r"));
+    for (bool hasPath : {false, true}) {  // without one there is nothing to rewrite
+        Fldr* f = fldrProcessing(stream.get());
+        fldrMsgDelete(2, f);
+        if (hasPath) snprintf(f->path, sizeof f->path, "%s", path.c_str());
+        fldrClose(f);
+        EXPECT_EQ(kit::readFile(path),
+                  hasPath ? kit::ModelFolder(content).rewritten({0, 0x1000, 0}) : content);
     }
-    fldrMsgDelete(2, own);
-    fldrClose(own);
-    EXPECT_EQ(kit::readFile(path), model.rewritten({0, 0x1000, 0}));
-    fclose(stream);
 }
 
 /// A folder of oddities: what separates messages, and what only looks like it.
