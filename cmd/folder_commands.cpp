@@ -50,6 +50,7 @@ int markCommand(const Args& args) {
         if (option == "--unread") folder->msgs[n - 1]->status &= ~(kRead | kOld);
     }
     std::vector<unsigned> wanted;
+    wanted.reserve(numbers.size());
     for (int n : numbers) wanted.push_back(fldrMsgGetStatus(n, folder.get()));
     fldrStatusSet(1);
     folder.reset();

@@ -22,9 +22,9 @@ constexpr size_t kHugeText = 4 * kHugePage;
 /// A fresh page costs more than the bytes that are written to it; large pages make that cost vanish
 /// for large texts.
 void adviseHugePages(char* block, size_t size) {
-    uintptr_t begin = (reinterpret_cast<uintptr_t>(block) + kHugePage - 1) & -kHugePage;
-    uintptr_t end = (reinterpret_cast<uintptr_t>(block) + size) & -kHugePage;
-    if (end > begin) madvise(reinterpret_cast<void*>(begin), end - begin, MADV_HUGEPAGE);
+    size_t before = -reinterpret_cast<uintptr_t>(block) & (kHugePage - 1);
+    if (size < before + kHugePage) return;
+    madvise(block + before, (size - before) & -kHugePage, MADV_HUGEPAGE);
 }
 
 }  // namespace
