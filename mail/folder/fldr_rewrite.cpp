@@ -262,7 +262,8 @@ void fldrClose(Fldr* f) {
     bool isWanted = (f->status & FLDR_DELETED) || fldrStatus() == 1;
     if (isWanted) fldrStatusReset();
     OpenFolder* known = OpenFolder::of(f);
-    if (f->path[0]) {
+    // With a journal, which fldrOpen() would have dealt with, the marker is not to be touched.
+    if (f->path[0] && isAbsent(SidePath(viewOf(f->path), kJournalEnding))) {
         if (isWanted)
             rewriteThroughMarker(*f, known);
         else
