@@ -1,0 +1,76 @@
+#ifndef ATTALVEN_HOST_KIT_PAGE_H
+#define ATTALVEN_HOST_KIT_PAGE_H
+
+// Pages from templates. A template lies in the language's folder in the language's page character
+// set; its directives [%NAME%] are bound to values here, or to print callbacks of the library. A
+// page is printed in the character set of its language, or in that of the mail that it shows.
+
+#include <deque>
+#include <functional>
+#include <string>
+
+#include "request.h"
+#include "session.h"
+#include "support/support.h"
+#include "text.h"
+
+namespace host {
+
+/// The language of the user's pages, by getTemplateLang(): code ("kor"), language tag ("ko"), page
+/// character set as the library names it, and as browsers do.
+struct Language {
+    const char *code, *tag, *charSet, *htmlCharSet;
+};
+const Language& pageLanguage();
+
+/// The browsers' name of a page character set of the library ("SHIFT-JIS": "Shift_JIS").
+const char* htmlCharSet(const char* charSet);
+
+/// Text `number` of the message table in UTF-8, its %d and %s filled.
+std::string message(int number);
+std::string message(int number, const std::string& value);
+
+class Page {
+  public:
+    /// A page in `charSet` (NULL: the language's). Binds MSG, whose argument is the number of a
+    /// text of the message table, and LANG, CHARSET, HEAD (links to the style sheet).
+    explicit Page(const char* charSet = nullptr);
+
+    /// [%NAME%] prints: the text, escaped; markup as it is (UTF-8, made by the program itself);
+    /// what a callback of the library prints for the slot; what the function prints.
+    Page& text(const char* name, const std::string& utf8);
+    Page& markup(const char* name, const std::string& utf8);
+    Page& callback(const char* name, PrintFn print, void* bound);
+    Page& call(const char* name, std::function<void()> print);
+
+    /// Prints the template `name` with the directives bound.
+    void print(const char* name);
+    /// The whole response: status, header lines (no script may run, nothing else is loaded, no
+    /// page of others may frame it, nothing is kept in caches), and the template.
+    void respond(const char* name, int status = 200);
+    /// The same for a page with user: binds USER and TOKEN and the folder links as well.
+    void respond(const char* name, const User& user, int status = 200);
+
+    const std::string& charSet() const { return charSet_; }
+
+  private:
+    struct Binding;
+    static void run(const char* arg, void** slot);
+    Binding& bind(const char* name);
+
+    std::string charSet_;
+    std::deque<Binding> bindings_;
+};
+
+/// A header line that stands before the Content-Type line; names and values without line breaks.
+void headerLine(const std::string& name, const std::string& value);
+
+/// "303 See Other" to a page of this host after a POST (path and query below /cgi-auth/).
+void redirect(const std::string& target);
+
+/// Runs a CGI program: loads the site, runs `body`, prints the error page for a PageError.
+int runProgram(const std::function<void()>& body);
+
+}  // namespace host
+
+#endif

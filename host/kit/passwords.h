@@ -1,0 +1,28 @@
+#ifndef ATTALVEN_HOST_KIT_PASSWORDS_H
+#define ATTALVEN_HOST_KIT_PASSWORDS_H
+
+// The password file: lines "id:hash", hashes by crypt(3) with yescrypt; admOptions.authDbFilePath,
+// or "auth.db" in conf.mboxRootDir. Beside it lies what guards against guessing.
+
+#include <ctime>
+#include <string>
+
+namespace host {
+
+constexpr size_t kPasswordMax = 255;
+
+/// Sets the user's password, or removes the user's line for an empty one; the file is replaced as
+/// a whole. False when it could not be written.
+bool setPassword(const std::string& id, const std::string& password);
+
+/// Whether the password is the user's. Takes as long for a user that does not exist.
+bool checkPassword(const std::string& id, const std::string& password);
+
+/// Guessing: after 5 failures in 15 minutes of one user id or 20 of one address, more attempts are
+/// refused until 15 minutes passed since the last one.
+bool isLockedOut(const std::string& id, const std::string& address, time_t now);
+void noteLogin(const std::string& id, const std::string& address, bool succeeded, time_t now);
+
+}  // namespace host
+
+#endif
