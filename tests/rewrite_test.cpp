@@ -29,7 +29,8 @@ class Rewrite : public kit::Site {
         return st;
     }
     void append(const string& text) { kit::writeFile(path, kit::readFile(path) + text); }
-    /// Opens the folder and marks messages: "d2 r1 o3" deletes 2, marks 1 read and 3 old.
+    /// Opens the folder and marks messages: "d2 r1 o3" deletes 2, marks 1 read and 3 old; "u0"
+    /// takes all deletions back.
     Fldr* open(const string& content, const string& marks) {
         kit::writeFile(path, content);
         Fldr* f = fldrOpen(path.c_str());
@@ -39,7 +40,8 @@ class Rewrite : public kit::Site {
             in >> n;
             mark == 'd'   ? fldrMsgDelete(n, f)
             : mark == 'r' ? fldrMsgSetRead(n, f)
-                          : fldrMsgSetOld(n, f);
+            : mark == 'o' ? fldrMsgSetOld(n, f)
+                          : (fldrMsgAllReset(f), nullptr);
         }
         return f;
     }
@@ -57,32 +59,34 @@ TEST_F(Rewrite, LeavesTheDocumentedFile) {
     const string longLine(40000, 'x');
     const struct {
         const char *label, *marks;
-        bool isAsked;  // by fldrStatusSet(1)
+        int status;  // by fldrStatusSet()
         string content, expected;
     } rows[] = {
-        {"middle one deleted", "d2", false,
+        {"middle one deleted", "d2", 0,
          kFrom + "A: 1\n\none\n" + kFrom + "A: 2\n\ntwo\n" + kFrom + "A: 3\n\nthree\n",
          kFrom + "A: 1\nStatus:   \n\none\n" + kFrom + "A: 3\nStatus:   \n\nthree\n"},
-        {"marks alone change nothing", "r1 o1", false, kFrom + "\nx\n", kFrom + "\nx\n"},
-        {"marks are kept when asked", "r1", true, kFrom + "\nx\n", kFrom + "Status: R \n\nx\n"},
-        {"found flags are kept", "", true, kFrom + "status: OR\nA: b\n\nx\n",
+        {"marks alone change nothing", "r1 o1", 0, kFrom + "\nx\n", kFrom + "\nx\n"},
+        {"and no other word asks", "r1 o1", 2, kFrom + "\nx\n", kFrom + "\nx\n"},
+        {"a deletion taken back", "d1 o1 u0", 0, kFrom + "\nx\n", kFrom + "Status:  O\n\nx\n"},
+        {"marks are kept when asked", "r1", 1, kFrom + "\nx\n", kFrom + "Status: R \n\nx\n"},
+        {"found flags are kept", "", 1, kFrom + "status: OR\nA: b\n\nx\n",
          kFrom + "Status: RO\nA: b\n\nx\n"},
-        {"every Status line, not its continuation", "o1", true,
+        {"every Status line, not its continuation", "o1", 1,
          kFrom + "sTATUS: x\n R\nStatus: \nX-Status: A\n\nStatus: no\n",
          kFrom + "Status: RO\n R\nStatus: RO\nX-Status: A\n\nStatus: no\n"},
-        {"CR LF", "", true, kFrom + "A: b\r\nStatus: O\r\n\r\nx\r\n",
+        {"CR LF", "", 1, kFrom + "A: b\r\nStatus: O\r\n\r\nx\r\n",
          kFrom + "A: b\r\nStatus:  O\n\nx\r\n"},
-        {"bytes before the first message", "", true, "junk\n\n" + kFrom + "\nx",
+        {"bytes before the first message", "", 1, "junk\n\n" + kFrom + "\nx",
          kFrom + "Status:   \n\nx"},
-        {"header without end", "r1", true, kFrom + "A: b", kFrom + "A: b\nStatus: R \n\n"},
-        {"header without end before another", "d2", false, kFrom + "A: b\n" + kFrom + "\nx\n",
+        {"header without end", "r1", 1, kFrom + "A: b", kFrom + "A: b\nStatus: R \n\n"},
+        {"header without end before another", "d2", 0, kFrom + "A: b\n" + kFrom + "\nx\n",
          kFrom + "A: b\nStatus:   \n\n"},
-        {"a Status line that was cut is not read", "", true, kFrom + "Status: R",
+        {"a Status line that was cut is not read", "", 1, kFrom + "Status: R",
          kFrom + "Status:   \n\n"},
-        {"Status within a long line", "", true, kFrom + longLine + "\nStatus: O\n\n" + longLine,
+        {"Status within a long line", "", 1, kFrom + longLine + "\nStatus: O\n\n" + longLine,
          kFrom + longLine + "\nStatus:  O\n\n" + longLine},
-        {"all deleted", "d1 d2", false, kFrom + "\nx\n" + kFrom + "\ny\n", ""},
-        {"no message at all", "", true, "no From_ line\n", "no From_ line\n"},
+        {"all deleted", "d1 d2", 0, kFrom + "\nx\n" + kFrom + "\ny\n", ""},
+        {"no message at all", "", 1, "no From_ line\n", "no From_ line\n"},
     };
     for (Form form : {kNewFile, kSameFile})
         for (const auto& r : rows) {
@@ -91,9 +95,9 @@ TEST_F(Rewrite, LeavesTheDocumentedFile) {
             Fldr* f = open(r.content, r.marks);
             ASSERT_EQ(chmod(path.c_str(), 0640), 0);
             struct stat before = state();
-            fldrStatusSet(r.isAsked);
+            fldrStatusSet(r.status);
             fldrClose(f);
-            EXPECT_EQ(fldrStatus(), 0);
+            EXPECT_EQ(fldrStatus(), r.status == 2 ? 2 : 0);
             EXPECT_EQ(kit::readFile(path), r.expected);
             EXPECT_EQ(state().st_ino == before.st_ino, form || r.content == r.expected);
             EXPECT_EQ(state().st_mode & 07777, 0640u);
@@ -178,14 +182,18 @@ TEST_F(Rewrite, TakesARecordMadeFromAStream) {
     const string content = kFrom + "\none\n" + kFrom + "\ntwo\n" + kFrom + "\nthree\n";
     kit::writeFile(path, content);
     kit::File stream(fopen(path.c_str(), "r"));
-    for (bool hasPath : {false, true}) {  // without one there is nothing to rewrite
-        Fldr* f = fldrProcessing(stream.get());
-        fldrMsgDelete(2, f);
-        if (hasPath) snprintf(f->path, sizeof f->path, "%s", path.c_str());
-        fldrClose(f);
-        EXPECT_EQ(kit::readFile(path),
-                  hasPath ? kit::ModelFolder(content).rewritten({0, 0x1000, 0}) : content);
-    }
+    for (bool hasPath : {false, true})  // without one there is nothing to rewrite
+        for (bool isDeleted : {false, true}) {
+            kit::writeFile(path + ".tmp", "any marker");
+            Fldr* f = fldrProcessing(stream.get());
+            if (isDeleted) fldrMsgDelete(2, f);
+            if (hasPath) snprintf(f->path, sizeof f->path, "%s", path.c_str());
+            fldrClose(f);
+            bool isNew = hasPath && isDeleted;
+            EXPECT_EQ(kit::readFile(path),
+                      isNew ? kit::ModelFolder(content).rewritten({0, 0x1000, 0}) : content);
+            EXPECT_EQ(leftovers(), hasPath ? "" : "kim.tmp ");
+        }
 }
 
 /// A folder of oddities: what separates messages, and what only looks like it.

@@ -244,9 +244,10 @@ void rewriteThroughMarker(const Fldr& f, OpenFolder* known) {
         unlinkSame(path, marker.get());
 }
 
+/// The same marker, where nothing is to be rewritten.
 void dropMarker(const Fldr& f, const OpenFolder* known) {
     SidePath path(f.path, kMarkerEnding);
-    if (known)
+    if (known && known->ownsStream)
         unlinkSame(path, known->marker.get());
     else
         unlink(path);
