@@ -6,25 +6,17 @@
 // page is printed in the character set of its language, or in that of the mail that it shows.
 
 #include <deque>
+#include <exception>
 #include <functional>
 #include <string>
 
+#include "language.h"
 #include "request.h"
 #include "session.h"
 #include "support/support.h"
 #include "text.h"
 
 namespace host {
-
-/// The language of the user's pages, by getTemplateLang(): code ("kor"), language tag ("ko"), page
-/// character set as the library names it, and as browsers do.
-struct Language {
-    const char *code, *tag, *charSet, *htmlCharSet;
-};
-const Language& pageLanguage();
-
-/// The browsers' name of a page character set of the library ("SHIFT-JIS": "Shift_JIS").
-const char* htmlCharSet(const char* charSet);
 
 /// Text `number` of the message table in UTF-8, its %d and %s filled.
 std::string message(int number);
@@ -33,32 +25,49 @@ std::string message(int number, const std::string& value);
 class Page {
   public:
     /// A page in `charSet` (NULL: the language's). Binds MSG, whose argument is the number of a
-    /// text of the message table, and LANG, CHARSET, HEAD (links to the style sheet).
+    /// text of the message table, INCLUDE, whose argument is another template, and LANG, CHARSET.
     explicit Page(const char* charSet = nullptr);
+    Page(const Page&) = delete;
+    Page& operator=(const Page&) = delete;
 
     /// [%NAME%] prints: the text, escaped; markup as it is (UTF-8, made by the program itself);
     /// what a callback of the library prints for the slot; what the function prints.
     Page& text(const char* name, const std::string& utf8);
     Page& markup(const char* name, const std::string& utf8);
-    Page& callback(const char* name, PrintFn print, void* bound);
+    Page& callback(const char* name, PrintFn printer, void* bound);
     Page& call(const char* name, std::function<void()> print);
+    Page& call(const char* name, std::function<void(const char* arg)> print);
 
     /// Prints the template `name` with the directives bound.
     void print(const char* name);
     /// The whole response: status, header lines (no script may run, nothing else is loaded, no
     /// page of others may frame it, nothing is kept in caches), and the template.
     void respond(const char* name, int status = 200);
-    /// The same for a page with user: binds USER and TOKEN and the folder links as well.
+    /// The same for a page with user: binds USER (the id), TOKEN (the hidden field that every form
+    /// carries, _charset_ with it) and FOLDERS, the links of the navigation, as well.
     void respond(const char* name, const User& user, int status = 200);
+
+    /// The folder whose link in the navigation is the current one.
+    Page& currentFolder(const std::string& name);
 
     const std::string& charSet() const { return charSet_; }
 
   private:
-    struct Binding;
+    struct Binding {
+        std::string name;
+        PrintFn print;  // of the library, or Page::run
+        void* bound;
+        void* slot;  // what the callback may change
+        std::function<void(const char* arg)> call;
+        Page* page;
+    };
     static void run(const char* arg, void** slot);
     Binding& bind(const char* name);
+    Page& put(const char* name, std::string page);
+    void printFolders(const User& user);
 
-    std::string charSet_;
+    std::string charSet_, folder_;
+    std::exception_ptr failure_;
     std::deque<Binding> bindings_;
 };
 

@@ -6,6 +6,7 @@
 
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace host {
@@ -29,7 +30,7 @@ struct Upload {
 class Request {
   public:
     /// Reads the environment and standard input. PageError 400 for a malformed form, 413 for one
-    /// beyond the site's limits (admOptions.attachFileLimitSize in KiB, attachFileLimitNum files).
+    /// beyond the site's limits (admOptions.attachFileLimitSize in MiB, attachFileLimitNum files).
     /// Uploads are stored below `uploadFolder`; a form with files is refused when that is "".
     explicit Request(const std::string& uploadFolder = "");
     ~Request();
@@ -40,6 +41,8 @@ class Request {
     /// The first value of a field, "" without one; all of its values.
     std::string value(const std::string& name) const;
     std::vector<std::string> values(const std::string& name) const;
+    /// The first value as its bytes came: names in the library's links are in the mail's page set.
+    std::string raw(const std::string& name) const;
     /// The field as a number from `least` to `most`, `otherwise` when it is anything else.
     long number(const std::string& name, long least, long most, long otherwise) const;
     bool has(const std::string& name) const;
@@ -47,8 +50,13 @@ class Request {
 
   private:
     struct Field {
-        std::string name, value;
+        std::string name, raw, value;
     };
+    const Field* find(const std::string& name) const;
+    void readPairs(std::string_view text);
+    void readBody(const std::string& contentType, long length, const std::string& uploadFolder);
+    void convertTexts();
+
     bool post_ = false;
     std::vector<Field> fields_;
     std::vector<Upload> uploads_;
