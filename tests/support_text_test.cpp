@@ -3,69 +3,49 @@
 #include <climits>
 #include <cstring>
 
-#include "kit/site.h"
+#include "kit/calls.h"
 
 namespace {
 
 using kit::taken;
 
-TEST(SupportText, InPlace) {
-    struct Row {
-        const char* label;
-        std::function<char*(char*)> edit;
-        const char *input, *expected;
-    } rows[] = {
-        {"CR and LF anywhere", strRmCrLf, "a\r\nb\n\r", "ab"},
-        {"all white space", strRmWhiteSpace, " a\t b\v\f\r\n", "ab"},
-        {"head", strRmHeadWhiteSpace, " \t\na b ", "a b "},
-        {"tail", strRmTailWhiteSpace, " a b\t\r\n ", " a b"},
-        {"tail of blanks only", strRmTailWhiteSpace, " \n", ""},
-        {"a byte above 0x7F", [](char* t) { return strRmChar(t, 0xA1); }, "\xA1x\xA1", "x"},
-        {"tabs", strTabToSpc, "a\t\tb", "a  b"},
-        {"lower case of ASCII only", strToLwr, "AZ@[\xC0", "az@[\xC0"},
-        {"plus", cgiSpcToPlus, " a b+", "+a+b+"},
-    };
-    for (const Row& r : rows) {
-        std::string text = r.input;
-        EXPECT_EQ(r.edit(text.data()), text.data()) << r.label;
-        EXPECT_STREQ(text.c_str(), r.expected) << r.label;
-        EXPECT_EQ(r.edit(nullptr), nullptr) << r.label;
-    }
+int sign(int n) {
+    return (n > 0) - (n < 0);
 }
 
-TEST(SupportText, CompareAndFind) {
-    EXPECT_EQ(strCaseCmp("aBc", "AbC"), 0);
-    EXPECT_GT(strCaseCmp("\xC0", "z"), 0);
-    EXPECT_LT(strCaseCmp(nullptr, "a"), 0);
-    EXPECT_EQ(strNCaseCmp("Subject: x", "SUBJECT", 7), 0);
-    EXPECT_LT(strNCaseCmp("Sub", "SUBJECT", 7), 0);
-    EXPECT_STREQ(strCaseStr("x-UTF-8", "-utf-"), "-UTF-8");
-    EXPECT_STREQ(strChrNextStr("key =\t value = 2\n", '='), "value = 2\n");
-    EXPECT_EQ(strChrNextStr("key", '='), nullptr);
-    EXPECT_TRUE(!strChkHan("abc~") && strChkHan("abc\x80"));
+std::string words(char* line) {
+    std::string all;
+    for (int i = 0; i < 5; i++) all += taken(strMakeWord(line, ' ')) + "|";
+    return all;
 }
 
-TEST(SupportText, Words) {
-    char line[] = "From kim  Fri\n";
-    for (const char* word : {"From", "kim", "(null)", "Fri\n", "(null)"})
-        EXPECT_EQ(taken(strMakeWord(line, ' ')), word);
+std::string arguments(const char* text, const char* delimiters) {
+    char area[64] = "old";
+    bool isArea = getArgs(area, text, delimiters) == area;
+    return (isArea ? "1 " : "0 ") + std::string(area);
 }
 
-TEST(SupportText, Arguments) {
-    struct Row {
-        const char *src, *delimiters, *expected;
-    } rows[] = {
-        {"Kim <kim@example.org> <b>", "<>", "kim@example.org"},
-        {"say 'hi' now", "'", "hi"},
-        {"<>", "<>", ""},
-        {"no closing <kim", "<>", nullptr},
-        {"> <", "<>", nullptr},
-    };
-    for (const Row& r : rows) {
-        char dst[64] = "old";
-        EXPECT_EQ(getArgs(dst, r.src, r.delimiters), r.expected ? dst : nullptr) << r.src;
-        EXPECT_STREQ(dst, r.expected ? r.expected : "") << r.src;
-    }
+TEST(SupportText, RowByRow) {
+    kit::runTable(
+        "support/text.table",
+        {RESULT(strRmCrLf),
+         RESULT(strRmWhiteSpace),
+         RESULT(strRmHeadWhiteSpace),
+         RESULT(strRmTailWhiteSpace),
+         RESULT(strRmChar),
+         RESULT(strTabToSpc),
+         RESULT(strToLwr),
+         RESULT(cgiSpcToPlus),
+         RESULT(strCaseStr),
+         RESULT(strChrNextStr),
+         {"strCaseCmp",
+          kit::result(+[](const char* a, const char* b) { return sign(strCaseCmp(a, b)); })},
+         {"strNCaseCmp", kit::result(+[](const char* a, const char* b, int n) {
+              return sign(strNCaseCmp(a, b, static_cast<size_t>(n)));
+          })},
+         {"strChkHan", kit::result(+[](const char* text) { return strChkHan(text) != 0; })},
+         {"words", kit::result(words)},
+         {"getArgs", kit::result(arguments)}});
 }
 
 TEST(SupportText, GrowableText) {
