@@ -26,6 +26,10 @@ using Message = std::unique_ptr<MailInfo, FreeMessage>;
 struct FreeIndex {
     void operator()(MailBodyList** index) const { mailFreeBodyIdx(index); }
 };
+struct FreeParams {
+    void operator()(MailParam* p) const { mailFreeParam(&p); }
+};
+using Params = std::unique_ptr<MailParam, FreeParams>;
 using BodyIndex = std::unique_ptr<MailBodyList*, FreeIndex>;
 
 class ReadFolder {

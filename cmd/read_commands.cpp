@@ -81,23 +81,38 @@ const char* encodingName(const MailBody* b) {
                                                   : encoding[5];
 }
 
-void printPart(const MailBody* b, int depth, int number, std::string_view charset) {
+/// The file name as the part header has it: each encoded word names a set of its own. A name that
+/// stands in no header, that of a uuencoded file, is in the set of the body, `charset`.
+std::string attachmentName(const ReadFolder& folder, const MailBody* b, std::string_view charset) {
+    if (const char* name = mailGetParam("name", b->params)) return decodeHeader(name, charset);
+    std::string disposition =
+        headerValue(folder.bytes(b->offset, b->bodyOffset - b->offset), "Content-Disposition");
+    size_t semicolon = disposition.find(';');
+    std::string text = semicolon == disposition.npos ? "" : disposition.substr(semicolon + 1);
+    Params params(mailParseParams(text.data()));
+    const char* name = mailGetParam("filename", params.get());
+    return name ? decodeHeader(name, charset) : printable(pageToUtf8(b->fileName, charset));
+}
+
+void printPart(const ReadFolder& folder, const MailBody* b, int depth, int number,
+               std::string_view charset) {
     printf("%*s", depth * 2, "");
     if (number >= 0) printf("%d ", number);
     printf("%s/%s", typeName(b), b->subType ? b->subType : "");
     if (number >= 0) printf(" %s, %d bytes at %d", encodingName(b), b->bodySize, b->bodyOffset);
     if (b->charSet) printf(", charset %s", printable(b->charSet).c_str());
-    if (b->fileName) printf(", name \"%s\"", printable(pageToUtf8(b->fileName, charset)).c_str());
+    if (b->fileName) printf(", name \"%s\"", attachmentName(folder, b, charset).c_str());
     if (b->contentId) printf(", id %s", printable(b->contentId).c_str());
     putchar('\n');
 }
 
 /// Prints the tree; leaves carry their part numbers. The depth is bounded by the parser.
-int printTree(const MailBody* b, int depth, int number, std::string_view charset) {
+int printTree(const ReadFolder& folder, const MailBody* b, int depth, int number,
+              std::string_view charset) {
     for (; b; b = b->next) {
         bool isLeaf = b->type != 5;
-        printPart(b, depth, isLeaf ? number : -1, charset);
-        number = isLeaf ? number + 1 : printTree(b->child, depth + 1, number, charset);
+        printPart(folder, b, depth, isLeaf ? number : -1, charset);
+        number = isLeaf ? number + 1 : printTree(folder, b->child, depth + 1, number, charset);
     }
     return number;
 }
@@ -128,7 +143,7 @@ void showMessage(const ReadFolder& folder, int n) {
     if (text) writeOut(partText(text, folder.stream()));
     if (index && index.get()[0] && index.get()[1]) {
         puts("\nParts:");
-        printTree(m->body, 1, 0, charset);
+        printTree(folder, m->body, 1, 0, charset);
     }
 }
 
@@ -146,7 +161,7 @@ int showCommand(const Args& args) {
         writeOut(folder.bytes(e.offset, e.hdrSize));
     } else if (mode == "--structure" && args.size() == 3) {
         Message m = folder.message(n);
-        printTree(m->body, 0, 0, bodyCharset(m->body));
+        printTree(folder, m->body, 0, 0, bodyCharset(m->body));
     } else if (mode == "--part" && args.size() == 4) {
         int k = numberOf(args[3], "the part number", 0);
         Message m = folder.message(n);

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 """sample_mailbox.py ATTALVEN: compares what the program shows of the sample mailbox with the truth beside it."""
-import json, os, subprocess, sys, urllib.parse
+import json, os, re, subprocess, sys, urllib.parse
 
 HERE = os.path.dirname(os.path.abspath(__file__))
 FOLDER = os.path.join(HERE, "data", "sample.mbox")
@@ -41,5 +41,8 @@ for row, truth in zip(rows, truths):
     if truth["text"] is not None:
         text = run("show", FOLDER, str(truth["n"]), "--part", "0").decode("utf-8", "replace").strip()
         expect(truth, "text", text == truth["text"], text[:200])
+names = next(t for t in truths if t["label"] == "nested, names of four languages")
+shown = re.findall(r'name "(.*)"', run("show", FOLDER, str(names["n"]), "--structure").decode("utf-8"))
+expect(names, "names", shown == ["그림.png", "議事録.txt", "说明.txt", "附件.zip"], shown)
 print(f"{len(rows)} messages compared, {differences} differences")
 sys.exit(differences > 0)
