@@ -14,6 +14,9 @@ namespace attalven {
 
 namespace {
 
+/// Each draw is looked for in all of the content; more of them there are no accident.
+constexpr int kForeseeableDraws = 8;
+
 bool contains(string_view text, string_view token) {
     return !text.empty() && memmem(text.data(), text.size(), token.data(), token.size());
 }
@@ -48,12 +51,14 @@ Text newBoundary(const MailBody* parts, int bodyEncoding, const Boundaries* arou
     };
     Text boundary;
     const char* drawn = mailGenBoundary();
-    do {
+    for (int draws = 1;; draws++) {
         boundary.clear();
         boundary.append("----=_NextPart_");
         boundary.append(drawn);
-    } while (!boundary.failed() && isTaken(boundary.view()) && (drawn = redrawBoundary()));
-    return boundary;
+        if (draws > kForeseeableDraws || boundary.failed() || !isTaken(boundary.view()))
+            return boundary;
+        drawn = draws < kForeseeableDraws ? redrawBoundary() : drawSecretBoundary();
+    }
 }
 
 }  // namespace attalven

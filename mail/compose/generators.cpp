@@ -25,18 +25,28 @@ long zoneOffset(time_t t) {
     return static_cast<long>(mktime(&local) - mktime(&utc));
 }
 
-}  // namespace
-
-char* redrawBoundary() {
+/// A boundary of the characters that `pick` chooses, other than the last one.
+char* drawBoundary(int (*pick)(int count)) {
     constexpr char kCharacters[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZ1234567890";
     constexpr size_t kLength = 24;
     static BoundedText<kLength> boundary;
     char drawn[kLength];
     do {
-        for (char& c : drawn) c = kCharacters[rand() % 36];
+        for (char& c : drawn) c = kCharacters[pick(36)];
     } while (boundary.view() == string_view(drawn, kLength));
     boundary.assign({drawn, kLength});
     return boundary.data();
+}
+
+}  // namespace
+
+char* redrawBoundary() {
+    return drawBoundary([](int count) { return rand() % count; });
+}
+
+char* drawSecretBoundary() {
+    initRandom();
+    return drawBoundary(getRandom);
 }
 
 }  // namespace attalven
