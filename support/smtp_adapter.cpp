@@ -16,6 +16,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
 #include <initializer_list>
 
 #include "support.h"
@@ -25,22 +26,29 @@ namespace {
 constexpr size_t kBuffer = 64 * 1024;
 constexpr int kWaitSeconds = 600;  // the longest wait of RFC 5321 section 4.5.3.2
 
+time_t monotonicSeconds() {
+    struct timespec now;
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return now.tv_sec;
+}
+
 /// One side of the relay, with what was read from it ahead and what is to be written to it.
 struct Side {
     int fd;
     size_t begin = 0, end = 0, pending = 0;
     char input[kBuffer], output[kBuffer];
 
-    bool waitFor(short event) const {
+    bool waitFor(short event, int seconds = kWaitSeconds) const {
+        if (seconds <= 0) return false;
         struct pollfd p = {fd, event, 0};
         int ready;
-        do ready = poll(&p, 1, kWaitSeconds * 1000);
+        do ready = poll(&p, 1, seconds * 1000);
         while (ready < 0 && errno == EINTR);
         return ready == 1;
     }
-    bool fill() {
+    bool fill(int seconds = kWaitSeconds) {
         if (begin < end) return true;
-        if (!waitFor(POLLIN)) return false;
+        if (!waitFor(POLLIN, seconds)) return false;
         ssize_t got = read(fd, input, kBuffer);
         begin = 0;
         end = got > 0 ? static_cast<size_t>(got) : 0;
@@ -67,11 +75,12 @@ struct Side {
             if (!put(*text++)) return false;
         return true;
     }
-    /// One line without its line end, cut to `size` - 1; false when the side hangs up.
+    /// One line without its line end, cut to `size` - 1; false when the side hangs up, or the line
+    /// is not there in time: a side that drips its bytes must not keep the relay alive.
     bool getLine(char* line, size_t size) {
         size_t n = 0;
-        for (;;) {
-            if (!fill()) return false;
+        for (time_t last = monotonicSeconds() + kWaitSeconds;;) {
+            if (!fill(static_cast<int>(last - monotonicSeconds()))) return false;
             char c = input[begin++];
             if (c == '\n') break;
             if (n < size - 1) line[n++] = c;

@@ -1,5 +1,6 @@
 // Sockets: connections with a time limit over both address families, and the reading of SMTP
-// replies. Survives hosts that do not answer, peers that vanish and replies without end.
+// replies. Survives hosts that do not answer, peers that vanish, and replies that drip or never
+// end.
 
 #include "sock.h"
 
@@ -9,12 +10,14 @@
 #include <netinet/tcp.h>
 #include <poll.h>
 #include <sys/socket.h>
+#include <sys/time.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
 
 #include "smtp_adapter.h"
 #include "support.h"
@@ -26,6 +29,7 @@ constexpr int kHostMax = 255;  // RFC 1035 section 2.3.4
 constexpr int kDefaultSmtpPort = 25;
 constexpr int kReplyLineMax = 1024;  // RFC 5321 section 4.5.3.1.5 asks for 512 bytes
 constexpr int kReplyLines = 200;
+constexpr int kReplySeconds = 600;  // the longest wait of RFC 5321 section 4.5.3.2
 
 char heloName[kHostMax + 1];
 
@@ -88,13 +92,59 @@ int connectTo(const struct addrinfo* a) {
     return fd;
 }
 
+double secondsNow() {
+    struct timespec now;
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return static_cast<double>(now.tv_sec) + 1e-9 * static_cast<double>(now.tv_nsec);
+}
+
+/// The time limit on a whole reply: as long as the socket may wait for its next byte (SO_RCVTIMEO),
+/// or kReplySeconds. Each byte shortens the wait for the next one, so that a peer that drips its
+/// bytes gains nothing; the socket then gets its own limit back.
+class ReplyTime {
+  public:
+    explicit ReplyTime(FILE* stream) : fd_(fileno(stream)) {
+        socklen_t size = sizeof before_;
+        isLimited_ = getsockopt(fd_, SOL_SOCKET, SO_RCVTIMEO, &before_, &size) == 0;
+        double seconds =
+            static_cast<double>(before_.tv_sec) + 1e-6 * static_cast<double>(before_.tv_usec);
+        end_ = secondsNow() + (seconds > 0 ? seconds : kReplySeconds);
+    }
+    ~ReplyTime() {
+        if (isLimited_) setsockopt(fd_, SOL_SOCKET, SO_RCVTIMEO, &before_, sizeof before_);
+    }
+    ReplyTime(const ReplyTime&) = delete;
+    ReplyTime& operator=(const ReplyTime&) = delete;
+
+    /// Whether another byte may be waited for.
+    bool goesOn() {
+        double left = end_ - secondsNow();
+        if (left < 1e-5) return false;  // a limit of 0 would be none
+        if (!isLimited_ || left > lastLeft_ - kStep) return true;
+        lastLeft_ = left;
+        auto whole = static_cast<time_t>(left);
+        auto part = static_cast<suseconds_t>(1e6 * (left - static_cast<double>(whole)));
+        struct timeval limit = {whole, part};
+        return setsockopt(fd_, SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit) == 0;
+    }
+
+  private:
+    static constexpr double kStep = 0.1;  // seconds; a call for every byte would cost too much
+    int fd_;
+    bool isLimited_;
+    struct timeval before_ = {};
+    double end_ = 0, lastLeft_ = 1e9;
+};
+
 /// One line of at most kReplyLineMax bytes; the rest of a longer one is read over. False at the end
-/// of the stream.
-bool readReplyLine(FILE* stream, char (&line)[kReplyLineMax]) {
-    if (!fgets(line, sizeof line, stream)) return false;
-    bool isWhole = strchr(line, '\n') != nullptr;
-    for (int budget = 64 * kReplyLineMax, c = 0; !isWhole; isWhole = c == '\n')
-        if ((c = getc(stream)) == EOF || --budget == 0) return false;
+/// of the stream, or when the time is over.
+bool readReplyLine(FILE* stream, ReplyTime& time, char (&line)[kReplyLineMax]) {
+    size_t length = 0;
+    for (int budget = 64 * kReplyLineMax, c = 0; c != '\n'; budget--) {
+        if (budget == 0 || !time.goesOn() || (c = getc(stream)) == EOF) return false;
+        if (length < kReplyLineMax - 1) line[length++] = static_cast<char>(c);
+    }
+    line[length] = 0;
     return true;
 }
 
@@ -125,8 +175,9 @@ int sockConnect(const char* host, int port) {
 int sockGetStatCode(FILE* stream) {
     if (!stream) return 0;
     char line[kReplyLineMax];
+    ReplyTime time(stream);
     for (int n = 0; n < kReplyLines; n++) {
-        if (!readReplyLine(stream, line)) return 0;
+        if (!readReplyLine(stream, time, line)) return 0;
         if (!isDigit(line[0]) || !isDigit(line[1]) || !isDigit(line[2])) return 0;
         if (line[3] != '-') return (line[0] - '0') * 100 + (line[1] - '0') * 10 + (line[2] - '0');
     }

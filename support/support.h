@@ -249,7 +249,7 @@ unsigned int getDiskFreeSize(const char* directory);
 /* Connects to a port of a host by TCP: name or address, IPv4 and IPv6, with time limits on
  * connecting, reading and writing. The descriptor, negative on failure; sockClose() closes it. A
  * peer that goes away never raises SIGPIPE. sockGetStatCode() reads one whole SMTP reply (RFC 5321,
- * 4.2), continuation lines included: its code, 0 when the peer is gone or talks something else. */
+ * 4.2) within the socket's SO_RCVTIMEO (else 10 minutes): its code, 0 for no reply or another. */
 int sockConnect(const char* host, int port);
 int sockGetStatCode(FILE* stream);
 void sockClose(int fd);

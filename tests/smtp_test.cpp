@@ -1,3 +1,9 @@
+#include <sys/socket.h>
+#include <sys/time.h>
+#include <unistd.h>
+
+#include <atomic>
+
 #include "kit/script_server.h"
 #include "kit/site.h"
 #include "support/sock.h"
@@ -115,6 +121,26 @@ TEST_F(Smtp, SocketsRefuseWhatIsNoHost) {
     kit::ScriptServer server({""});
     for (const char* host : {"[127.0.0.1]x", "[127.0.0.1]:25:1"})
         EXPECT_LT(sockConnect(host, server.port()), 0) << host;
+}
+
+// Byte by byte, each in time: without a bound on the whole reply it would go on for an hour.
+TEST_F(Smtp, AReplyThatDripsIsGivenUp) {
+    int ends[2];
+    ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM, 0, ends), 0);
+    struct timeval limit = {0, 300'000}, after = {};
+    setsockopt(ends[0], SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit);
+    std::atomic<bool> isOver = false;
+    std::thread server([&] {
+        while (!isOver && send(ends[1], "2", 1, MSG_NOSIGNAL) == 1) usleep(50'000);
+    });
+    kit::File in(fdopen(ends[0], "r"));
+    EXPECT_EQ(sockGetStatCode(in.get()), 0);
+    socklen_t size = sizeof after;
+    getsockopt(ends[0], SOL_SOCKET, SO_RCVTIMEO, &after, &size);
+    EXPECT_NEAR(static_cast<double>(after.tv_usec), 3e5, 5e3) << "the caller's limit is back";
+    isOver = true;
+    server.join();
+    close(ends[1]);
 }
 
 }  // namespace

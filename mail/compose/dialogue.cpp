@@ -9,6 +9,8 @@
 #include <sys/time.h>
 #include <unistd.h>
 
+#include <ctime>
+
 #include "../../support/support.h"
 
 namespace attalven {
@@ -21,6 +23,12 @@ constexpr int kHighestCode = 999;
 void setTimeLimit(int fd, int option, int seconds) {
     struct timeval limit = {seconds, 0};
     setsockopt(fd, SOL_SOCKET, option, &limit, sizeof limit);
+}
+
+time_t monotonicSeconds() {
+    struct timespec now;
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return now.tv_sec;
 }
 
 }  // namespace
@@ -51,9 +59,11 @@ int Dialogue::reply(int seconds) {
         return 0;
     }
     setTimeLimit(fileno(in_.get()), SO_RCVTIMEO, seconds);
+    time_t end = monotonicSeconds() + seconds;
     int code = sockGetStatCode(in_.get());
     bool isCode = code > 0 && code <= kHighestCode;
-    if (!isCode && (feof(in_.get()) || ferror(in_.get()))) {
+    // What comes of a reply that took too long would be read as the next one.
+    if (!isCode && (feof(in_.get()) || ferror(in_.get()) || monotonicSeconds() >= end)) {
         lost_ = true;
         return 0;
     }

@@ -25,7 +25,7 @@ class Dialogue {
 
     /// Writes the bytes; nothing once the peer is gone.
     void write(string_view bytes);
-    /// Reads one reply, waiting at most `seconds` for each part of it: its code, 0 when the peer is
+    /// Reads one reply, which is there as a whole within `seconds`: its code, 0 when the peer is
     /// gone.
     int reply(int seconds);
     /// Writes the parts of one command line and reads its reply.
