@@ -1,5 +1,4 @@
 # Tests that drive the program `attalven` from outside, in Python. Exit code 77 means skipped, with a word in the output.
-find_package(Python3 REQUIRED COMPONENTS Interpreter)
 set(attalven_program ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/attalven)
 add_test(NAME corpus_oracle
     COMMAND ${Python3_EXECUTABLE} ${CMAKE_CURRENT_SOURCE_DIR}/corpus_oracle.py ${attalven_program}
