@@ -39,8 +39,8 @@ class Folder {
     Fldr* index() const { return index_; }
     FILE* file() const { return index_ ? index_->fp : nullptr; }
     const std::string& name() const { return name_; }
-    /// The message that a link means: number `n` if it still has the Message-ID `id` ("" or one
-    /// that no message has: any), else the one that has it. 0 when there is none.
+    /// The message that a link means: number `n` if it still has the key `id` ("" or one that no
+    /// message has: any), else the one that has it. 0 when there is none.
     int find(int n, const std::string& id) const;
 
   private:
@@ -50,8 +50,11 @@ class Folder {
     bool opened_ = false;
 };
 
-/// One message as the pages name it: its number and its Message-ID, which tells whether the folder
-/// has changed since the page was made.
+/// What a message is known by when the folder has changed: its Message-ID, or without one a text
+/// made from its date, sender and subject.
+std::string messageKey(const FldrMsg& entry);
+
+/// One message as the pages name it: its number and its key ("": whatever has the number).
 struct MessageRef {
     int number;
     std::string id;
@@ -59,7 +62,8 @@ struct MessageRef {
 
 /// Opens the folder for writing (waits up to 10 seconds: PageError 503), calls `change` with the
 /// index and the numbers that `messages` have now (those that are gone are left out), and closes
-/// it, which rewrites it. `change` marks entries.
+/// it, which rewrites it. `change` marks entries. PageError 503 when the rewrite failed: the folder
+/// is as it was.
 void changeFolder(const User& user, const std::string& name,
                   const std::vector<MessageRef>& messages,
                   const std::function<void(Fldr*, const std::vector<int>&)>& change);
@@ -69,9 +73,10 @@ void changeFolder(const User& user, const std::string& name,
 void appendToFolder(const User& user, const std::string& name, FILE* entries, long offset,
                     long size);
 
-/// Moves messages: first appended to `target`, then marked deleted here.
-void moveMessages(const User& user, const std::string& source, const std::string& target,
-                  const std::vector<MessageRef>& messages);
+/// Moves messages: first appended to `target` and synced, then marked deleted here. The number of
+/// messages moved.
+size_t moveMessages(const User& user, const std::string& source, const std::string& target,
+                    const std::vector<MessageRef>& messages);
 
 }  // namespace host
 

@@ -19,9 +19,11 @@ bool setPassword(const std::string& id, const std::string& password);
 bool checkPassword(const std::string& id, const std::string& password);
 
 /// Guessing: after 5 failures in 15 minutes of one user id or 20 of one address, more attempts are
-/// refused until 15 minutes passed since the last one.
-bool isLockedOut(const std::string& id, const std::string& address, time_t now);
-void noteLogin(const std::string& id, const std::string& address, bool succeeded, time_t now);
+/// refused until 15 minutes passed since the last one. Every check of a password starts with
+/// beginAttempt(), which is false when it is refused and counts the attempt as failed, so that
+/// attempts at the same time count too; a right password takes that back by attemptSucceeded().
+bool beginAttempt(const std::string& id, const std::string& address, time_t now);
+void attemptSucceeded(const std::string& id, const std::string& address, time_t now);
 
 }  // namespace host
 

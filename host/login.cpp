@@ -1,0 +1,105 @@
+// login.cgi: the login form, logging in and out, and the choice of the pages' language. Forms of
+// the login page carry no token, since nobody is known yet; instead they are taken from our own
+// pages only.
+
+#include <cstdlib>
+#include <ctime>
+
+#include "host_texts.h"
+#include "kit/page.h"
+#include "kit/passwords.h"
+#include "mail/mail.h"
+
+using namespace host;
+
+namespace {
+
+// Login errors of the library (mailGetLoginErrMsg), which fills 110 and 111 with these limits.
+constexpr int kNoId = 101, kNoPassword = 102, kWrong = 103, kLocked = 105, kLongId = 110,
+              kLongPassword = 111;
+constexpr size_t kIdMax = 15;
+
+void showForm(const std::string& id, const std::string& notice, int status) {
+    Page page;
+    page.text("ID", id);
+    page.call("NOTICE", [&] {
+        if (!notice.empty()) page.text("TEXT", notice).print("login_notice.html");
+    });
+    page.markup("DESCRIBED", notice.empty() ? "" : " aria-describedby=\"notice\"");
+    page.respond("login.html", status);
+}
+
+void checkOrigin() {
+    const char* site = getenv("HTTP_SEC_FETCH_SITE");
+    std::string from = site ? site : "same-origin";
+    if (from != "same-origin" && from != "none") throw PageError(403, kTextFormExpired);
+}
+
+std::string idOf(const Request& request) {
+    std::string id = request.value("userid");
+    if (!admOptions.allowCaseUserIdFlag) strToLwr(id.data());
+    return id;
+}
+
+/// 0 for a user name and password that are right, else the login error.
+int loginError(const std::string& id, const std::string& password) {
+    if (id.empty()) return kNoId;
+    if (password.empty()) return kNoPassword;
+    if (id.size() > kIdMax) return kLongId;
+    if (password.size() > kPasswordMax) return kLongPassword;
+    if (!mailChkValidUserId(id.c_str())) return kWrong;
+    CgiEnv env;
+    cgiGetEnv(&env);
+    time_t now = time(nullptr);
+    if (!beginAttempt(id, env.remoteAddr, now)) return kLocked;
+    if (!checkPassword(id, password)) return kWrong;
+    attemptSucceeded(id, env.remoteAddr, now);
+    return 0;
+}
+
+void logIn(const Request& request) {
+    checkOrigin();
+    std::string id = idOf(request);
+    if (int error = loginError(id, request.value("password"))) {
+        std::string text = toUtf8(mailGetLoginErrMsg(error), pageLanguage().charSet);
+        showForm(id, text, error == kLocked ? 429 : error == kWrong ? 403 : 422);
+        return;
+    }
+    fputs(startSessionLine(id, time(nullptr)).c_str(), stdout);
+    redirect("maillist.cgi?fldrname=inbox");
+}
+
+void logOut(const Request& request) {
+    User user = currentUser();
+    checkToken(request, user);
+    fputs(endSessionLine(user, time(nullptr)).c_str(), stdout);
+    redirect("login.cgi?cmd=out");
+}
+
+void chooseLanguage(const Request& request) {
+    checkOrigin();
+    for (const Language& language : languages())
+        if (request.value("lang") == language.code)
+            headerLine("Set-Cookie",
+                       std::string("lang=") + language.code +
+                           "; Path=/cgi-auth/; HttpOnly; SameSite=Lax; Max-Age=31536000");
+    redirect("login.cgi");
+}
+
+}  // namespace
+
+int main() {
+    return runProgram([] {
+        Request request;
+        if (!request.isPost()) {
+            bool out = request.value("cmd") == "out";
+            showForm("", out ? message(kTextLoggedOut) : "", 200);
+        } else if (request.value("cmd") == "logout") {
+            logOut(request);
+        } else if (request.has("lang")) {
+            chooseLanguage(request);
+        } else {
+            logIn(request);
+        }
+    });
+}
