@@ -1,12 +1,11 @@
 // Requests, headers, frames, templates, message tables and authentication codes.
 
-#include "kit/site.h"
+#include "kit/calls.h"
 #include "support/auth_code.h"
 #include "support/page.h"
 
 namespace {
 
-using kit::outputOf;
 using kit::taken;
 using SupportCgi = kit::Site;
 
@@ -27,73 +26,16 @@ TEST(SupportRequest, Environment) {
     EXPECT_EQ(env.contentLength, 0);
 }
 
-TEST(SupportRequest, Browser) {
-    for (auto [agent, version] : {std::pair{"Mozilla/4.0 (compatible; MSIE 5.01; X)", 5.01F},
-                                  {"msie 10", 10},
-                                  {"MSIE 5..5", 5},
-                                  {"MSIE", 0}}) {
-        setenv("HTTP_USER_AGENT", agent, 1);
-        EXPECT_FLOAT_EQ(cgiGetMSIEVer(), version) << agent;
-    }
-    setenv("HTTP_ACCEPT", "image/vnd.wap.wbmp, text/vnd.wap.wml", 1);
-    EXPECT_EQ(cgiGetBrowserLangType(), 2);
-    setenv("HTTP_ACCEPT", "text/html, text/vnd.wap.wml", 1);
-    EXPECT_EQ(cgiGetBrowserLangType(), 1);
-}
-
-TEST(SupportRequest, Cookies) {
-    struct Row {
-        const char *header, *name, *expected;
-    } rows[] = {
-        {"lang=kor; tnum=2", "tnum", "2"},  {"xlang=a; lang=b;lang=c", "lang", "b"},
-        {"Lang=a", "lang", "(null)"},       {"lang", "lang", "(null)"},
-        {"auth = \"a=b\" ", "auth", "a=b"}, {"lang=a\x01", "lang", "(null)"},
-    };
-    for (const Row& r : rows) {
-        setenv("HTTP_COOKIE", r.header, 1);
-        const char* value = cgiCkGetVal(r.name);
-        EXPECT_STREQ(value ? value : "(null)", r.expected) << r.header;
-    }
-    setenv("HTTP_COOKIE", ("a=" + std::string(4097, 'x')).c_str(), 1);
-    EXPECT_EQ(cgiCkGetVal("a"), nullptr);
-}
-
-TEST(SupportPage, HeadersAndFrame) {
-    auto header = [](const char* type) { return outputOf([&] { cgiMimeHeader(type); }); };
-    EXPECT_EQ(header("text/html"), "Content-Type: text/html\n\n");
-    EXPECT_EQ(header("a/b\r\nX: y"), "Content-Type: a/bX: y\n\n");
-    EXPECT_EQ(header(nullptr), "Content-Type: application/octet-stream\n\n");
-    pageSetCharSet("EUC-KR");
-    EXPECT_EQ(header("text/html"), "Content-Type: text/html; charset=EUC-KR\n\n");
-    EXPECT_EQ(header("image/gif"), "Content-Type: image/gif\n\n");
-    EXPECT_EQ(outputOf(htmlHeadStart), "<HEAD>\n<META CHARSET=\"EUC-KR\">\n");
-    pageSetCharSet("x\"y");
-    EXPECT_EQ(outputOf(htmlHeadStart), "<HEAD>\n");
-    EXPECT_EQ(outputOf([] { htmlBodyStart("white"); }), "<BODY BGCOLOR=\"white\">\n");
-    EXPECT_EQ(outputOf([] { htmlBodyStart("\"x"); }), "<BODY>\n");
-}
-
-TEST(SupportPage, UrlEncoding) {
-    EXPECT_EQ(taken(cgiCharToHex("Kim Lee+\xB1@a/b?c&d%e.f_g-h~\n")),
-              "Kim Lee%2B%B1%40a%2Fb%3Fc%26d%25e.f_g-h%7E%0A");
+char* cookie(const char* header, const char* name) {
+    setenv("HTTP_COOKIE", header, 1);
+    return cgiCkGetVal(name);
 }
 
 void printArgument(const char* arg, void**) {
     printf("<%s>", arg ? arg : "none");
 }
 
-TEST_F(SupportCgi, Directives) {
-    struct Row {
-        const char *input, *expected;
-    } rows[] = {
-        {"a [%LANG%]\nb[%TNUM%]c", "a kor\nb-7c"},
-        {"[%ARG  two words %][%ARG%]", "<two words><none>"},
-        {"x[%UNKNOWN y%]z", "xz"},
-        {"[%arg%]", ""},
-        {"[%LANG\n%]", "[%LANG\n%]"},
-        {"[%[%LANG%]%] 100%", "[%kor%] 100%"},
-        {"[%LANG-x%]", "[%LANG-x%]"},
-    };
+void printDirectives(const char* text) {
     const char* language = "kor";
     int number = -7;
     const Directive table[] = {
@@ -101,44 +43,29 @@ TEST_F(SupportCgi, Directives) {
         {"TNUM", pfnPrtInt, reinterpret_cast<void**>(&number), 0},
         {"ARG", printArgument, nullptr, 0},
         {}};
-    for (const Row& r : rows) {
-        kit::File f = kit::fileOf(r.input);
-        EXPECT_EQ(outputOf([&] { strmParseDirective(f.get(), table); }), r.expected) << r.input;
-    }
+    strmParseDirective(kit::fileOf(text).get(), table);
 }
 
-TEST_F(SupportCgi, TemplatesByLanguageAndNumber) {
-    kit::writeFile(dir + "/doc/template/eng0/t.txt", "english");
-    kit::writeFile(dir + "/doc/template/kor0/t.txt", "korean");
-    kit::writeFile(dir + "/doc/template/kor2/t.txt", "");
-    EXPECT_EQ(getTemplateLang(), 1);
-    EXPECT_EQ(taken(getTemplateStr("t.txt", nullptr)), "english");
-    setenv("HTTP_COOKIE", "lang=korean; tnum=2", 1);
-    EXPECT_EQ(getTemplateLang(), 4);
-    EXPECT_EQ(taken(getTemplateStr("t.txt", "")), "");
-    setenv("HTTP_COOKIE", "lang=jpn; tnum=9", 1);
-    EXPECT_EQ(getTemplateLang(), 2);
-    EXPECT_EQ(taken(getTemplateStr("t.txt", "kor")), "korean");
-    for (auto [name, language] :
-         {std::pair{"t.txt", ""}, {"../kor0/t.txt", "kor"}, {"t.txt", "../template/kor"}})
-        EXPECT_EQ(getTemplateStr(name, language), nullptr) << name;
-    setenv("HTTP_COOKIE", "lang=xyz", 1);
-    snprintf(conf.defaultTemplateLang, sizeof conf.defaultTemplateLang, "chn");
-    EXPECT_EQ(getTemplateLang(), 3);
+void setDefaultLanguage(const char* name) {
+    snprintf(conf.defaultTemplateLang, sizeof conf.defaultTemplateLang, "%s", name);
 }
 
-TEST_F(SupportCgi, MessageTable) {
-    std::string conf = dir + "/root/conf";
-    kit::writeFile(conf + "/msg.eng", "# comment\n81\tLowest\r\n8\teight\n81\tagain\n9\t");
-    kit::writeFile(conf + "/msg.kor", "81\t\xB0\xA1\n");
-    auto text = [&](int number, int language) {
-        const char* t = msgGet(conf.c_str(), number, language);
-        return std::string(t ? t : "(null)");
-    };
-    EXPECT_EQ(text(81, 1) + text(9, 1) + text(8, 99), "Lowesteight");
-    EXPECT_EQ(text(81, 4) + text(81, 2) + text(1, 1), "\xB0\xA1(null)(null)");
-    kit::writeFile(conf + "/msg.eng", "8\tnew\n");
-    EXPECT_EQ(text(8, 1), "new");
+TEST_F(SupportCgi, RowByRow) {
+    kit::runTable("support/request.table",
+                  {RESULT(cgiGetMSIEVer),
+                   RESULT(cgiGetBrowserLangType),
+                   RESULT(cookie),
+                   PRINTED(cgiMimeHeader),
+                   PRINTED(pageSetCharSet),
+                   PRINTED(htmlHeadStart),
+                   PRINTED(htmlBodyStart),
+                   HEAP(cgiCharToHex),
+                   {"strmParseDirective", kit::printed(printDirectives)},
+                   RESULT(getTemplateLang),
+                   HEAP(getTemplateStr),
+                   {"defaultTemplateLang", kit::printed(setDefaultLanguage)},
+                   RESULT(msgGet)},
+                  dir);
 }
 
 TEST(SupportAuthCode, CarriesAnIdUntilItExpires) {

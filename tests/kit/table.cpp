@@ -54,8 +54,8 @@ std::vector<TableRow> table(const std::string& name) {
             section = line.substr(1, line.size() - 2);
             comment.clear();
         } else if (!line.empty()) {
-            std::string input = line.substr(0, arrow), expected;
-            if (arrow + 4 < line.size()) expected = line.substr(arrow + 4);
+            std::string input = line.substr(0, arrow);
+            std::string expected = line.substr(std::min(line.size(), input.size() + 4));
             rows.push_back({unescaped(input), unescaped(expected), section, split(input),
                             name + ":" + std::to_string(number) + comment});
         }

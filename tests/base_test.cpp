@@ -1,14 +1,16 @@
-#include "mail/base/line_reader.h"
+// The base kit: lines in pieces, and texts of unknown origin, which never start a line of their
+// own.
 
-#include "kit/site.h"
+#include "kit/calls.h"
+#include "mail/base/line_reader.h"
+#include "mail/base/sink.h"
+#include "mail/base/text.h"
 
 namespace {
 
-using attalven::LinePiece;
-using attalven::LineReader;
-using namespace std::literals;
+using attalven::LinePiece, attalven::LineReader, attalven::Text;
 
-std::string pieces(std::string_view content, size_t limit) {
+std::string pieces(size_t limit, std::string_view content) {
     kit::File f = kit::fileOf(content);
     LineReader reader(f.get(), limit);
     std::string dump;
@@ -17,12 +19,19 @@ std::string pieces(std::string_view content, size_t limit) {
     return dump;
 }
 
-TEST(LineReader, CutsLikeFgetsButKeepsNulBytes) {
-    EXPECT_EQ(pieces("", 10), "");
-    EXPECT_EQ(pieces("a\0b\nc"sv, 10), "0:a\0b\n|4:c|"sv);
-    EXPECT_EQ(pieces("abcd\ne", 6), "0:abcd\n|5:e|");
-    EXPECT_EQ(pieces("abcde\nf", 6), "0:abcde|5+\n|6:f|");
-    EXPECT_EQ(pieces("abcdefgh\ni", 4), "0:abc|3+def|6+gh\n|9:i|");
+template <void (*kAppend)(Text&, std::string_view)>
+std::string appended(std::string_view text) {
+    Text to;
+    kAppend(to, text);
+    return std::string(to.view());
+}
+
+TEST(Base, RowByRow) {
+    kit::runTable("base/texts.table",
+                  {RESULT(pieces),
+                   {"appendOneLine", kit::result(appended<attalven::appendOneLine>)},
+                   {"appendHeaderFold", kit::result(appended<attalven::appendHeaderFold>)},
+                   {"appendQuoted", kit::result(appended<attalven::appendQuoted>)}});
 }
 
 TEST(LineReader, LeavesTheStreamWhereItsLinesEnd) {
