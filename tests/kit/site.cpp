@@ -99,6 +99,7 @@ Site::Site() {
         std::filesystem::create_directories(dir + sub);
     admOptions.defaultHeaderEncoding = 3;
     admOptions.defaultBodyEncoding = 3;
+    unsetenv("HTTP_COOKIE");
 }
 
 Site::~Site() {
