@@ -1,0 +1,151 @@
+#include "mailview_part.h"
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <exception>
+#include <memory>
+#include <new>
+
+#include "kit/text.h"
+#include "support/support.h"
+
+namespace host {
+
+namespace {
+
+constexpr size_t kNameMax = 120, kEndingMax = 12;
+constexpr size_t kBlock = 1 << 16;
+
+using Take = std::function<bool(std::string_view)>;
+
+/// The receiver of a decoder's output. No exception passes through the library.
+struct Receiver {
+    const Take& take;
+    std::exception_ptr failure;
+};
+
+ssize_t receive(void* cookie, const char* bytes, size_t size) {
+    auto& receiver = *static_cast<Receiver*>(cookie);
+    try {
+        return receiver.take({bytes, size}) ? static_cast<ssize_t>(size) : 0;
+    } catch (...) {
+        receiver.failure = std::current_exception();
+        return 0;
+    }
+}
+
+constexpr auto kCrcTable = [] {
+    std::array<uint32_t, 256> table{};
+    for (uint32_t n = 0; n < table.size(); n++) {
+        uint32_t c = n;
+        for (int bit = 0; bit < 8; bit++) c = c & 1 ? 0xEDB88320U ^ (c >> 1) : c >> 1;
+        table[n] = c;
+    }
+    return table;
+}();
+
+/// U+200E, U+200F, U+202A to U+202E, U+2066 to U+2069: a name that is shown in another order than
+/// it is written ("gpj.exe" as "exe.jpg").
+bool isDirection(std::string_view at) {
+    if (at.size() < 3 || at[0] != '\xE2') return false;
+    auto low = static_cast<unsigned char>(at[2]);
+    if (at[1] == '\x80') return low == 0x8E || low == 0x8F || (low >= 0xAA && low <= 0xAE);
+    return at[1] == '\x81' && low >= 0xA6 && low <= 0xA9;
+}
+
+bool isReserved(char c) {
+    return (c >= 0 && c < ' ') ||
+           std::string_view("\x7F\"*/:<>?\\|").find(c) != std::string_view::npos;
+}
+
+template <size_t N>
+bool isOneOf(const std::string& type, const char* const (&names)[N]) {
+    return std::any_of(names, names + N,
+                       [&](const char* name) { return strCaseCmp(type.c_str(), name) == 0; });
+}
+
+}  // namespace
+
+bool isType(const MailBody& part, int type, const char* subType) {
+    return part.type == type && (!subType || strCaseCmp(part.subType, subType) == 0);
+}
+
+std::string typeText(const MailBody& part) {
+    bool known = part.type >= kAudioType && part.type <= kVideoType;
+    std::string subType = strSafeAssign(part.subType);
+    std::erase_if(subType, [](char c) {
+        return !isalnum(static_cast<unsigned char>(c)) && c != '-' && c != '+' && c != '.' &&
+               c != '_';
+    });
+    if (subType.empty() || subType.size() > 80) subType = "x-unknown";
+    return std::string(mime_types[known ? part.type : 0]) + "/" + subType;
+}
+
+bool isPlainPicture(const MailBody& part) {
+    static constexpr const char* kPictures[] = {"image/png",   "image/jpeg", "image/jpg",
+                                                "image/pjpeg", "image/gif",  "image/webp",
+                                                "image/bmp",   "image/avif"};
+    return isOneOf(typeText(part), kPictures);
+}
+
+std::string downloadType(const MailBody& part) {
+    static constexpr const char* kTypes[] = {"application/pdf", "application/zip", "text/plain"};
+    std::string type = typeText(part);
+    bool passive = isPlainPicture(part) || isOneOf(type, kTypes) || isType(part, kAudioType) ||
+                   isType(part, kVideoType);
+    return passive ? type : "application/octet-stream";
+}
+
+bool isEncoded(const MailBody& part) {
+    return part.encoding == 2 || part.encoding == 3 || part.encoding == 7;
+}
+
+std::string cleanName(const std::string& name) {
+    std::string clean;
+    for (size_t i = name.find_last_of("/\\") + 1; i < name.size(); i++) {
+        if (isDirection(std::string_view(name).substr(i))) {
+            i += 2;
+        } else if (!isReserved(name[i])) {
+            clean += name[i];
+        }
+    }
+    clean.erase(0, std::min(clean.size(), clean.find_first_not_of(". ")));
+    clean.erase(clean.find_last_not_of(". ") + 1);
+    size_t dot = clean.rfind('.');
+    std::string ending =
+        dot != std::string::npos && clean.size() - dot <= kEndingMax ? clean.substr(dot) : "";
+    std::string cut = shortened(clean, kNameMax);
+    return cut == clean ? clean : cut + ending;
+}
+
+std::string attachmentDisposition(const std::string& name) {
+    std::string ascii = toSet(name, "US-ASCII");
+    std::erase_if(ascii, [](char c) { return isReserved(c) || c == '%'; });
+    return "attachment; filename=\"" + ascii + "\"; filename*=UTF-8''" + urlEncoded(name);
+}
+
+void decodePart(MailBody& part, FILE* file, const Take& take) {
+    Receiver receiver{take, nullptr};
+    FILE* out = fopencookie(&receiver, "w", {nullptr, receive, nullptr, nullptr});
+    if (!out) throw std::bad_alloc();
+    setvbuf(out, nullptr, _IOFBF, kBlock);
+    mailDecodeAttachFile(&part, file, out);
+    fclose(out);
+    if (receiver.failure) std::rethrow_exception(receiver.failure);
+}
+
+Measure measure(MailBody& part, FILE* file) {
+    Measure m;
+    uint32_t crc = 0xFFFFFFFF;
+    decodePart(part, file, [&](std::string_view bytes) {
+        for (char c : bytes)
+            crc = kCrcTable[(crc ^ static_cast<unsigned char>(c)) & 0xFF] ^ (crc >> 8);
+        m.size += bytes.size();
+        return true;
+    });
+    m.crc = ~crc;
+    return m;
+}
+
+}  // namespace host
