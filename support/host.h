@@ -37,6 +37,7 @@ typedef struct MailAdminPreference {
     int admMailAndSignIndividualFlag;
 } MailAdminPreference;
 
+/* The records of the process, defined by the calling program. */
 extern MailConf conf;
 extern MailAdminPreference admOptions;
 
