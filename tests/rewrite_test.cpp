@@ -5,8 +5,8 @@
 #include <filesystem>
 #include <random>
 
+#include "kit/calls.h"
 #include "kit/folder_model.h"
-#include "kit/site.h"
 
 namespace {
 
@@ -56,82 +56,27 @@ class Rewrite : public kit::Site {
 };
 
 TEST_F(Rewrite, LeavesTheDocumentedFile) {
-    const string longLine(40000, 'x');
-    const struct {
-        const char *label, *marks;
-        int status;  // by fldrStatusSet()
-        string content, expected;
-    } rows[] = {
-        {"middle one deleted", "d2", 0,
-         kFrom + "A: 1\n\none\n" + kFrom + "A: 2\n\ntwo\n" + kFrom + "A: 3\n\nthree\n",
-         kFrom + "A: 1\nStatus:   \n\none\n" + kFrom + "A: 3\nStatus:   \n\nthree\n"},
-        {"marks alone change nothing", "r1 o1", 0, kFrom + "\nx\n", kFrom + "\nx\n"},
-        {"and no other word asks", "r1 o1", 2, kFrom + "\nx\n", kFrom + "\nx\n"},
-        {"a deletion taken back", "d1 o1 u0", 0, kFrom + "\nx\n", kFrom + "Status:  O\n\nx\n"},
-        {"marks are kept when asked", "r1", 1, kFrom + "\nx\n", kFrom + "Status: R \n\nx\n"},
-        {"found flags are kept", "", 1, kFrom + "status: OR\nA: b\n\nx\n",
-         kFrom + "Status: RO\nA: b\n\nx\n"},
-        {"every Status line, not its continuation", "o1", 1,
-         kFrom + "sTATUS: x\n R\nStatus: \nX-Status: A\n\nStatus: no\n",
-         kFrom + "Status: RO\n R\nStatus: RO\nX-Status: A\n\nStatus: no\n"},
-        {"CR LF", "", 1, kFrom + "A: b\r\nStatus: O\r\n\r\nx\r\n",
-         kFrom + "A: b\r\nStatus:  O\n\nx\r\n"},
-        {"bytes before the first message", "", 1, "junk\n\n" + kFrom + "\nx",
-         kFrom + "Status:   \n\nx"},
-        {"header without end", "r1", 1, kFrom + "A: b", kFrom + "A: b\nStatus: R \n\n"},
-        {"header without end before another", "d2", 0, kFrom + "A: b\n" + kFrom + "\nx\n",
-         kFrom + "A: b\nStatus:   \n\n"},
-        {"a Status line that was cut is not read", "", 1, kFrom + "Status: R",
-         kFrom + "Status:   \n\n"},
-        {"Status within a long line", "", 1, kFrom + longLine + "\nStatus: O\n\n" + longLine,
-         kFrom + longLine + "\nStatus:  O\n\n" + longLine},
-        {"all deleted", "d1 d2", 0, kFrom + "\nx\n" + kFrom + "\ny\n", ""},
-        {"no message at all", "", 1, "no From_ line\n", "no From_ line\n"},
-    };
-    for (Form form : {kNewFile, kSameFile})
-        for (const auto& r : rows) {
-            SCOPED_TRACE(string(r.label) + (form ? ", same file" : ", new file"));
-            admOptions.passwdFlag = form;
-            Fldr* f = open(r.content, r.marks);
-            ASSERT_EQ(chmod(path.c_str(), 0640), 0);
-            struct stat before = state();
-            fldrStatusSet(r.status);
+    for (Form form : {kNewFile, kSameFile}) {
+        admOptions.passwdFlag = form;
+        // A fourth argument arrives before the folder is closed.
+        auto closed = [&](kit::Arguments& a) {
+            const int word = a[0];
+            const string before(static_cast<std::string_view>(a[2]));
+            Fldr* f = open(before, static_cast<char*>(a[1]));
+            if (a.size() > 3) append(static_cast<char*>(a[3]));
+            EXPECT_EQ(chmod(path.c_str(), 0640), 0);
+            const struct stat old = state();
+            fldrStatusSet(word);
             fldrClose(f);
-            EXPECT_EQ(fldrStatus(), r.status == 2 ? 2 : 0);
-            EXPECT_EQ(kit::readFile(path), r.expected);
-            EXPECT_EQ(state().st_ino == before.st_ino, form || r.content == r.expected);
+            EXPECT_EQ(fldrStatus(), word == 1 ? 0 : word);
+            const string after = kit::readFile(path);
+            EXPECT_EQ(state().st_ino == old.st_ino, form || after == before);
             EXPECT_EQ(state().st_mode & 07777, 0640u);
             EXPECT_EQ(leftovers(), "");
-        }
-}
-
-TEST_F(Rewrite, KeepsWhatCameSince) {
-    const string one = kFrom + "\none\n", two = kFrom + "\ntwo\n", status = "Status:   \n\n";
-    const struct {
-        const char *label, *marks;
-        string content, appended, expected;
-    } rows[] = {
-        {"new mail", "d2", one + two, kFrom + "\nnew\n",
-         kFrom + status + "one\n" + kFrom + "\nnew\n"},
-        {"new mail behind an empty line", "d2", one + two, "\n" + two,
-         kFrom + status + "one\n\n" + two},
-        {"everything deleted", "d1 d2", one + two, two, two},
-        {"a deleted message that is still coming", "d2", one + two, "more\n",
-         kFrom + status + "one\n" + kFrom + status + "two\nmore\n"},
-        {"a header that is still coming", "r2 d1", one + kFrom + "Subject: he", "llo\n\ntext\n",
-         kFrom + "Subject: hello\n\ntext\n"},
-        {"a From_ line that does not start a line", "d2", one + kFrom + "\ntwo", two,
-         kFrom + status + "one\n" + kFrom + status + "two" + two},
-    };
-    for (Form form : {kNewFile, kSameFile})
-        for (const auto& r : rows) {
-            admOptions.passwdFlag = form;
-            Fldr* f = open(r.content, r.marks);
-            append(r.appended);
-            fldrClose(f);
-            EXPECT_EQ(kit::readFile(path), r.expected) << r.label << form;
-            EXPECT_EQ(leftovers(), "");
-        }
+            return after;
+        };
+        kit::runTable("folder/rewrite.table", {{"closed", closed}});
+    }
 }
 
 TEST_F(Rewrite, LeavesAFolderThatIsNotTheIndexedOne) {
@@ -198,34 +143,9 @@ TEST_F(Rewrite, TakesARecordMadeFromAStream) {
 
 /// A folder of oddities: what separates messages, and what only looks like it.
 string randomFolder(std::mt19937& random) {
-    static const string pieces[] = {kFrom,
-                                    kFrom,
-                                    kFrom,
-                                    kFrom,
-                                    "From x Corvane\n",
-                                    "From Corvane y\n",
-                                    "From c@d\r\n",
-                                    "From a@b Foo Jan 5\n",
-                                    "From a@b Mon Jan 32\n",
-                                    "Status: RO\n",
-                                    "status: \r\n",
-                                    "STATUS:O\n",
-                                    "Status: R\n folded\n",
-                                    "X-Status: A\n",
-                                    "Subject: s\n",
-                                    "Subject: s\r\n",
-                                    "\n",
-                                    "\n",
-                                    "\r\n",
-                                    " \n",
-                                    "text\n",
-                                    ">From \n",
-                                    "\rtext\n",
-                                    string("a\0b\n", 4),
-                                    string(31000, 'y'),
-                                    "\n" + kFrom};
+    static const std::vector<kit::TableRow> pieces = kit::table("folder/pieces.table");
     string content;
-    for (size_t n = random() % 40; n > 0; n--) content += pieces[random() % std::size(pieces)];
+    for (size_t n = random() % 40; n > 0; n--) content += pieces[random() % pieces.size()].input;
     if (random() % 3 == 0) content += "no end";
     return content;
 }
