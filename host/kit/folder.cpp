@@ -148,8 +148,7 @@ int Folder::find(int n, const std::string& id) const {
 
 std::string messageKey(const FldrMsg& entry) {
     if (*entry.msgId) return entry.msgId;
-    auto hash = std::hash<std::string>()(std::string(entry.from) + "\n" + entry.subject);
-    return "-" + std::to_string(entry.date) + "-" + std::to_string(hash);
+    return "-" + std::to_string(entry.date) + "-" + entry.from;
 }
 
 void changeFolder(const User& user, const std::string& name,

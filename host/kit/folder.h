@@ -50,8 +50,8 @@ class Folder {
     bool opened_ = false;
 };
 
-/// What a message is known by when the folder has changed: its Message-ID, or without one a text
-/// made from its date, sender and subject.
+/// What a message is known by when the folder has changed: its Message-ID, or without one its
+/// date and sender.
 std::string messageKey(const FldrMsg& entry);
 
 /// One message as the pages name it: its number and its key ("": whatever has the number).

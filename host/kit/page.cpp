@@ -7,6 +7,7 @@
 #include "folder.h"
 #include "host_texts.h"
 #include "mail/mail.h"
+#include "summary.h"
 #include "support/page.h"
 
 namespace host {
@@ -197,13 +198,13 @@ void Page::respond(const char* name, const User& user, int status) {
 
 void Page::printFolders(const User& user) {
     for (const FolderName& folder : folderNames()) {
-        bool current = folder_ == folder.name;
-        std::string link = std::string("<li><a href=\"maillist.cgi?fldrname=") + folder.name +
-                           "\"" + (current ? " aria-current=\"page\"" : "") + ">" +
-                           escaped(message(folder.title)) + "</a></li>\n";
-        write(toPage(link, charSet_.c_str()));
+        FolderCounts counts = folderCounts(user, folder.name);
+        text("FOLDERNAME", folder.name).text("FOLDERTITLE", message(folder.title));
+        markup("FOLDERCURRENT", folder_ == folder.name ? " aria-current=\"page\"" : "");
+        text("FOLDERUNREAD", std::to_string(counts.unread));
+        text("FOLDERALL", std::to_string(counts.all));
+        print("folder.html");
     }
-    (void)user;
 }
 
 void headerLine(const std::string& name, const std::string& value) {
