@@ -8,6 +8,13 @@ foreach(call open64 read pread64 write pwrite64 ftruncate64 fallocate64 fsync re
 endforeach()
 add_test(NAME rewrite_faults COMMAND rewrite_faults)
 
+# The worst mail under limits on memory, stack and processor time, which the sanitizers do not keep.
+if(NOT ATTALVEN_SANITIZE)
+    add_executable(limits ${PROJECT_SOURCE_DIR}/bench/limits_bench.cpp)
+    target_link_libraries(limits PRIVATE attalven_warnings attalven_static support_static)
+    add_test(NAME limits COMMAND limits check)
+endif()
+
 # What the program shows of the sample mailbox, against the truth that its generator wrote.
 add_test(NAME sample_mailbox COMMAND python3 ${CMAKE_CURRENT_SOURCE_DIR}/sample_mailbox.py $<TARGET_FILE:attalven_cmd>)
 
