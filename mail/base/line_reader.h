@@ -37,6 +37,8 @@ class LineReader {
     bool next(LinePiece& piece);
     /// Takes the last piece back; the next call of next() gives it again.
     void putBack(const LinePiece& piece);
+    /// Whether memory was out for reading anything.
+    bool failed() const { return stream_ && !buffer_; }
     /// File position of the first byte not yet taken.
     int64_t position() const { return base_ + static_cast<int64_t>(begin_); }
     /// Goes on reading at `offset`; the bytes there may already be in the buffer.

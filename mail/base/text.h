@@ -42,6 +42,8 @@ class Text {
     void clear() { size_ = 0; }
     void swap(Text& other) noexcept;
 
+    /// Gives the text up, as when memory is out.
+    bool fail();
     bool failed() const { return failed_; }
     bool empty() const { return size_ == 0; }
     size_t size() const { return size_; }
@@ -54,7 +56,6 @@ class Text {
 
   private:
     bool grow(size_t extra);
-    bool fail();
     void appendGrowing(string_view s);
 
     char* data_ = nullptr;

@@ -19,7 +19,6 @@ namespace {
 
 constexpr string_view kSettings = "admin_preference.ini", kSubject = "adm_mail_subject.txt",
                       kMail = "adm_mail.txt", kSign = "adm_sign.txt";
-constexpr char kDefaultSign[] = "<HR><SMALL>Sent with Attalven web mail</SMALL><BR>\n";
 
 FilePath siteFile(string_view name) {
     FilePath path;
@@ -52,11 +51,11 @@ void mailGetAdminPreference(MailAdminPreference* rec) {
     if (!rec) return;
     FilePath path = siteFile(kSettings);
     OwnedFile file = openRegular(path.c_str());
-    if (!file) {
+    if (!file && isMissing(path.c_str())) {
         mailInitAdminPreference();
         file = openRegular(path.c_str());
-        if (!file) failToOpen(path.view());
     }
+    if (!file) failToOpen(path.view());
     readSettings(adminSettings(), file.get(), kShortLines, rec);
     readSubject(*rec);
     rec->admMail = textOf(kMail);
@@ -94,8 +93,8 @@ void mailInitAdminPreference(void) {
     rec.loginAuthCookieType = 1;
     rec.noticeBoardDefaultPageSize = 5;
     rec.loginUserDisplayTime = 5;
-    OwnedText sign = copyText(kDefaultSign);
-    rec.admSign = sign.get();
+    char sign[] = "<HR><SMALL>Sent with Attalven web mail</SMALL><BR>\n";
+    rec.admSign = sign;
     mailSetAdminPreference(&rec);
 }
 

@@ -32,9 +32,11 @@ bool takeKey(LineReader& lines, string_view key, bool withCase) {
 int mailChkAutoSubmittedInfo(const char* name, const char* id, const char* domain,
                              const char* firstKey, const char* secondKey) {
     if (!isFileName(viewOf(name))) return 0;
-    OwnedFile file = openRegular(userFilePath(id, domain, name).c_str());
+    FilePath path = userFilePath(id, domain, name);
+    OwnedFile file = openRegular(path.c_str());
     if (!file) {
-        mailSaveAutoSubmittedInfo(name, id, domain, firstKey, secondKey);
+        if (isMissing(path.c_str()))
+            mailSaveAutoSubmittedInfo(name, id, domain, firstKey, secondKey);
         return 0;
     }
     LineReader lines(file.get(), kLineLimit);

@@ -4,7 +4,10 @@
 
 #include "settings_file.h"
 
+#include <sys/stat.h>
+
 #include <algorithm>
+#include <cerrno>
 #include <cstdlib>
 #include <cstring>
 
@@ -60,6 +63,11 @@ void writeSettings(Settings settings, const void* record, Text& out) {
             out.append(firstLine({from.text.data(), strnlen(from.text.data(), from.text.size())}));
         out.append('\n');
     }
+}
+
+bool isMissing(const char* path) {
+    struct stat st;
+    return stat(path, &st) != 0 && (errno == ENOENT || errno == ENOTDIR);
 }
 
 Replaced replaceSettings(const char* path, const Text& content) {

@@ -62,6 +62,10 @@ string_view firstLine(string_view text);
 /// The file-creation mask that the writers of settings leave behind: new files are private.
 constexpr unsigned int kSettingsMask = 0177;
 
+/// Whether nothing stands at the path. Where that cannot be told (a busy disk, no memory, no
+/// descriptor), there may be settings, which no defaults must replace.
+bool isMissing(const char* path);
+
 /// Replaces a settings file by `content`; content that memory did not suffice for keeps the old
 /// one.
 Replaced replaceSettings(const char* path, const Text& content);

@@ -50,11 +50,11 @@ void mailGetPreference(const char* id, const char* domain, MailPreference* pref)
     resetPageOptions(*pref);
     FilePath path = userFilePath(id, domain, kFileName);
     OwnedFile file = openRegular(path.c_str());
-    if (!file) {
+    if (!file && isMissing(path.c_str())) {
         mailSetPreference(id, domain, pref);
         file = openRegular(path.c_str());
-        if (!file) failToOpen(path.view());
     }
+    if (!file) failToOpen(path.view());
     readSettings(userSettings(), file.get(), kShortLines, pref);
 }
 
@@ -62,7 +62,7 @@ void mailSetPreference(const char* id, const char* domain, MailPreference* pref)
     if (!pref) return;
     ensureUserDirectory(id, domain);
     FilePath path = userFilePath(id, domain, kFileName);
-    if (!chkExistFile(path.c_str())) resetMailOptions(*pref);
+    if (isMissing(path.c_str())) resetMailOptions(*pref);
     umask(kSettingsMask);
     Text content;
     writeSettings(userSettings(), pref, content);

@@ -34,7 +34,7 @@ void mailGetVacationPref(const char* id, const char* domain, MailVacationPref* v
     if (!vac) return;
     ensureUserDirectory(id, domain);
     FilePath path = userFilePath(id, domain, kSettings);
-    if (!chkExistFile(path.c_str())) mailSetVacationPref(id, domain, vac);
+    if (isMissing(path.c_str())) mailSetVacationPref(id, domain, vac);
     if (OwnedFile file = openRegular(path.c_str()))
         readSettings(vacationSettings(), file.get(), kLongLines, vac);
     vac->replyText = readText(userFilePath(id, domain, kText).c_str()).release();
@@ -44,7 +44,7 @@ void mailSetVacationPref(const char* id, const char* domain, MailVacationPref* v
     if (!vac) return;
     ensureUserDirectory(id, domain);
     FilePath path = userFilePath(id, domain, kSettings);
-    if (!chkExistFile(path.c_str())) reset(*vac);
+    if (isMissing(path.c_str())) reset(*vac);
     umask(kSettingsMask);
     Text content;
     writeSettings(vacationSettings(), vac, content);

@@ -62,8 +62,12 @@ struct Plan {
 
 /// Whether a new scan finds the messages that the index shows.
 bool isStillIndexed(const Plan& plan, int fd) {
-    OwnedFile stream(fdopen(fcntl(fd, F_DUPFD_CLOEXEC, 0), "r"));
-    if (!stream) return false;
+    int copy = fcntl(fd, F_DUPFD_CLOEXEC, 0);
+    OwnedFile stream(copy < 0 ? nullptr : fdopen(copy, "r"));
+    if (!stream) {
+        if (copy >= 0) close(copy);
+        return false;
+    }
     rewind(stream.get());
     FolderScan scan(stream.get(), plan.end);
     size_t n = 0;

@@ -40,8 +40,8 @@ bool readSubject(string_view value, Text& subject) {
     if (subject.empty()) return false;
     if (!isPlainValue(subject.view())) {
         OwnedText decoded = decodeWords(subject.view());
+        if (!decoded) return subject.fail();
         subject.clear();
-        if (!decoded) return false;
         subject.append(decoded.get());
     }
     char* text = subject.c_str();

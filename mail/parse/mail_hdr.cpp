@@ -133,6 +133,7 @@ MailInfo* mailGetHeaderInfo(int offset, int size, FILE* fp) {
     OwnedMessage message = fp ? newMessage() : nullptr;
     if (!message) return nullptr;
     LineReader reader(fp, kHeaderLineLimit);
+    if (reader.failed()) return nullptr;
     reader.seek(offset);
     StreamLines lines{reader};
     unfoldHeaders(lines, [&message](string_view header) {
