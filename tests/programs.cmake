@@ -1,12 +1,20 @@
 # Faults at every call of a folder rewrite: the calls of the library's objects go through kit/faults.c.
 enable_language(C)
+set(file_calls open64 openat64 __openat64_2 mkostemp64 mkdir socket read pread64 write pwrite64 ftruncate64 fallocate64 fsync rename unlink linkat fchmod fchown
+        futimens flock fcntl64 fstat64 lstat64 stat64)
+set(memory_calls malloc calloc realloc free mmap64 munmap fdopen iconv_open getaddrinfo __getdelim exit)
+list(TRANSFORM file_calls PREPEND -Wl,--wrap=)
+list(TRANSFORM memory_calls PREPEND -Wl,--wrap=)
 add_executable(rewrite_faults rewrite_faults.cpp kit/faults.c)
 target_link_libraries(rewrite_faults PRIVATE test_kit)
-foreach(call open64 read pread64 write pwrite64 ftruncate64 fallocate64 fsync rename unlink linkat fchmod fchown
-        futimens flock fcntl64 fstat64 lstat64 stat64)
-    target_link_options(rewrite_faults PRIVATE -Wl,--wrap=${call})
-endforeach()
+target_link_options(rewrite_faults PRIVATE ${file_calls})
 add_test(NAME rewrite_faults COMMAND rewrite_faults)
+
+# Faults at every allocation and every file call of every exported operation.
+add_executable(operation_faults operation_faults.cpp operation_rows.cpp operation_world.cpp kit/faults.c kit/memory_faults.c)
+target_link_libraries(operation_faults PRIVATE test_kit)
+target_link_options(operation_faults PRIVATE ${file_calls} ${memory_calls})
+add_test(NAME operation_faults COMMAND operation_faults)
 
 # The worst mail under limits on memory, stack and processor time, which the sanitizers do not keep.
 if(NOT ATTALVEN_SANITIZE)

@@ -59,7 +59,7 @@ void ageMarker() {
 /// Runs `work` in a child; false when no call was left for the fault to strike.
 template <typename Work>
 bool struckIn(FaultKind kind, int target, int error, Work work) {
-    *faults = {0, 0, target, error, kind};
+    *faults = {0, 0, target, error, kind, 0};
     pid_t child = fork();
     if (child == 0) {
         work();

@@ -5,6 +5,7 @@
 #include <signal.h>
 #include <stdarg.h>
 #include <sys/mman.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -14,15 +15,19 @@ void faultsInit(void) {
     faults = mmap(0, sizeof *faults, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
 }
 
-enum Need { NEEDS_NOTHING, NEEDS_SPACE };
-
-/* Whether the call must fail; errno is set then. */
-static int strikes(enum Need need) {
-    if (!faults || !faults->armed) return 0;
+/* Kinds that strike allocations count nothing else, the others no allocations. */
+int strikes(enum Need need) {
+    if (!faults || !faults->armed || (faults->thread && faults->thread != gettid())) return 0;
+    int isMemory = faults->kind == FAULT_ALLOCATION || faults->kind == FAULT_MEMORY;
+    if (isMemory != (need == NEEDS_MEMORY)) return 0;
     int n = ++faults->count;
     if (faults->kind == FAULT_KILL && n == faults->target) kill(getpid(), SIGKILL);
     if (faults->kind == FAULT_ERROR && n == faults->target) {
         errno = faults->error;
+        return 1;
+    }
+    if (isMemory && (n == faults->target || (n > faults->target && faults->kind == FAULT_MEMORY))) {
+        errno = ENOMEM;
         return 1;
     }
     if (faults->kind == FAULT_FULL && n >= faults->target && need == NEEDS_SPACE) {
@@ -52,6 +57,10 @@ static void afterWrite(void) {
         return strikes(need) ? -1 : __real_##name arguments; \
     }
 
+WRAP(int, mkdir, (const char* path, mode_t mode), (path, mode), NEEDS_SPACE)
+WRAP(int, mkostemp64, (char* path, int flags), (path, flags), NEEDS_SPACE)
+WRAP(int, __openat64_2, (int d, const char* path, int flags), (d, path, flags), NEEDS_NOTHING)
+WRAP(int, socket, (int family, int type, int protocol), (family, type, protocol), NEEDS_NOTHING)
 WRAP(int, unlink, (const char* path), (path), NEEDS_NOTHING)
 WRAP(int, rename, (const char* from, const char* to), (from, to), NEEDS_NOTHING)
 WRAP(int, linkat, (int d, const char* from, int e, const char* to, int flags),
@@ -84,6 +93,12 @@ int __wrap_open64(const char* path, int flags, ...) {
     return strikes(flags & O_CREAT ? NEEDS_SPACE : NEEDS_NOTHING)
                ? -1
                : __real_open64(path, flags, mode);
+}
+
+int __real_openat64(int d, const char* path, int flags, ...);
+int __wrap_openat64(int d, const char* path, int flags, ...);
+int __wrap_openat64(int d, const char* path, int flags, ...) {
+    return strikes(NEEDS_NOTHING) ? -1 : __real_openat64(d, path, flags);
 }
 
 int __real_fcntl64(int fd, int command, ...);
