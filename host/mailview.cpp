@@ -4,6 +4,8 @@
 
 #include <unistd.h>
 
+#include <optional>
+
 #include "host_texts.h"
 #include "kit/page.h"
 #include "kit/text.h"
@@ -57,23 +59,30 @@ void markRead(const User& user, const std::string& folder, const MessageRef& mes
     }
 }
 
+const Command& commandOf(const Request& request) {
+    std::string name = request.has("cmd") ? request.value("cmd") : kCommands[0].name;
+    for (const Command& command : kCommands)
+        if (name == command.name) return command;
+    throw PageError(400, kTextBadRequest);
+}
+
+/// Answers the request; gives the message if it was unread and is now on the screen.
+std::optional<MessageRef> answer(const Request& request, const User& user) {
+    const Command& command = commandOf(request);
+    Folder folder(user, request.value("fldrname"));
+    int n = folder.find(static_cast<int>(request.number("select", 1, FLDR_MAX_MSGS, 0)),
+                        request.value("msgid"));
+    if (!n) throw PageError(404, kTextNoSuchMessage);
+    command.run({request, user, folder, n, partPath(request.value("part"))});
+    if (command.run != showPage || folder.entry(n).status & FLDR_READ) return {};
+    return MessageRef{n, folder.entry(n).msgId};
+}
+
 void run() {
     User user = currentUser();
     Request request;
-    std::string name = request.has("cmd") ? request.value("cmd") : "view";
-    std::string folderName = request.value("fldrname");
-    MessageRef unread{0, ""};
-    for (const Command& command : kCommands) {
-        if (name != command.name) continue;
-        Folder folder(user, folderName);
-        int n = folder.find(static_cast<int>(request.number("select", 1, FLDR_MAX_MSGS, 0)),
-                            request.value("msgid"));
-        if (!n) throw PageError(404, kTextNoSuchMessage);
-        command.run({request, user, folder, n, partPath(request.value("part"))});
-        bool marks = command.run == showPage && !(folder.entry(n).status & FLDR_READ);
-        if (marks) unread = {n, folder.entry(n).msgId};
-    }
-    if (unread.number) markRead(user, folderName, unread);
+    std::optional<MessageRef> opened = answer(request, user);
+    if (opened) markRead(user, request.value("fldrname"), *opened);
 }
 
 }  // namespace

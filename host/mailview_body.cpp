@@ -32,9 +32,9 @@ void setText(char*& field, const std::string& text) {
     field = strdup(text.c_str());
 }
 
-std::string read(MailBody& part, FILE* file, bool& cut) {
+std::string read(const Message& message, MailBody& part, bool& cut) {
     std::string bytes;
-    decodePart(part, file, [&](std::string_view piece) {
+    message.decode(part, [&](std::string_view piece) {
         cut = cut || bytes.size() + piece.size() > kShownMax;
         bytes += piece.substr(0, kShownMax - bytes.size());
         return !cut;
@@ -75,11 +75,12 @@ class Body {
     const std::string& pageSet() const { return pageSet_; }
     FILE** file() { return &file_; }
     bool isCut() const { return cut_; }
+    bool isEmpty() const { return shown_.empty(); }
 
   private:
     void add(MailBody& part) {
         std::string set = part.charSet ? part.charSet : "";
-        shown_.push_back({&part, mailToUtf8(read(part, message_.file(), cut_), set)});
+        shown_.push_back({&part, mailToUtf8(read(message_, part, cut_), set)});
         if (needsEscaping(shown_.back())) escape(shown_.back());
     }
 
@@ -139,6 +140,10 @@ std::string languageOf(const std::string& charSet) {
     return "";
 }
 
+void printNote(int text, const std::string& pageSet) {
+    printf("<p>%s</p>\n", toPage(escaped(message(text)), pageSet.c_str()).c_str());
+}
+
 void printIsolation(bool remotePictures) {
     const std::string pictures = remotePictures ? "'self' data: http: https:" : "'self' data:";
     headerLine("Content-Security-Policy",
@@ -173,11 +178,10 @@ void showBody(const View& view) {
     printf("<!DOCTYPE html>\n<html%s>\n<head>\n<title>%s</title>\n<base target=\"_blank\">\n",
            languageOf(charSet).c_str(),
            toPage(escaped(message.subject()), body.pageSet().c_str()).c_str());
+    if (body.isEmpty()) printNote(kTextViewNoText, body.pageSet());
     void* slot = &shown;
     pfnMailBody(nullptr, &slot);
-    if (body.isCut())
-        printf("<p>%s</p>\n",
-               toPage(escaped(host::message(kTextBodyIsCut)), body.pageSet().c_str()).c_str());
+    if (body.isCut()) printNote(kTextBodyIsCut, body.pageSet());
 }
 
 }  // namespace host

@@ -20,9 +20,8 @@ namespace {
 
 void sendPart(const Message& message, int number) {
     MailBody& part = message.part(number);
-    printFileHeader(downloadType(part), message.saveName(number),
-                    measure(part, message.file()).size);
-    mailDecodeAttachFile(&part, message.file(), stdout);
+    printFileHeader(downloadType(part), message.saveName(number), message.measure(part).size());
+    message.print(part);
 }
 
 /// The message that a link of the library means: it names the Message-ID of a forwarded message

@@ -7,7 +7,6 @@
 
 #include "host_texts.h"
 #include "kit/text.h"
-#include "mailview_part.h"
 #include "support/support.h"
 
 namespace host {
@@ -39,10 +38,10 @@ bool isAlternative(const MailBody* node, const MailBody& part) {
 
 /// The ending for a part that brings no name.
 std::string extensionOf(const MailBody& part) {
-    if (isType(part, kMessageType)) return ".eml";
+    if (isType(part, kMessageType, "rfc822")) return ".eml";
     if (isType(part, kTextType, "html")) return ".html";
     if (isType(part, kTextType, "calendar")) return ".ics";
-    if (isType(part, kTextType)) return ".txt";
+    if (isType(part, kTextType) || isType(part, kMessageType)) return ".txt";
     if (isType(part, kImageType)) return "." + typeText(part).substr(strlen("image/"));
     return ".bin";
 }
@@ -102,7 +101,9 @@ void Message::enter(MailBody& part) {
     if (isEncoded(part)) {
         std::shared_ptr<FILE> copy(tmpfile(), [](FILE* f) { f ? fclose(f) : 0; });
         if (!copy) throw PageError(507, kTextStorageFull);
-        mailDecodeAttachFile(&part, file(), copy.get());
+        decode(part, [&copy](std::string_view bytes) {
+            return fwrite(bytes.data(), 1, bytes.size(), copy.get()) == bytes.size();
+        });
         if (fflush(copy.get()) != 0) throw PageError(507, kTextStorageFull);
         offset = 0;
         size = static_cast<int>(fileStrmGetSize(copy.get()));
@@ -138,6 +139,37 @@ std::string Message::saveName(int number) const {
         if (!name.empty()) name += ".eml";
     }
     return name.empty() ? "part-" + std::to_string(number) + extensionOf(body) : name;
+}
+
+/// What ends a part of a multipart is the line break before its delimiter, and what ends a whole
+/// message is the empty line before the next one in the folder. Base64 takes no notice of them, and
+/// a quoted-printable line that ends with "=" has none.
+bool Message::isDelimited(const MailBody& part) const {
+    constexpr int kQuotedPrintable = 2;
+    bool whole = &part == root() || root()->type == kMultipartType;
+    if (!whole || (isEncoded(part) && part.encoding != kQuotedPrintable)) return false;
+    if (part.encoding != kQuotedPrintable) return true;
+    std::string end = readHeader(file(), long{part.bodyOffset} + part.bodySize - 3, 3);
+    return !end.ends_with("=\n") && !end.ends_with("=\r\n");
+}
+
+void Message::decode(MailBody& part, const Take& take) const {
+    decodePart(part, file(), isDelimited(part), take);
+}
+
+Measure Message::measure(MailBody& part) const {
+    Measure m;
+    decode(part, [&m](std::string_view bytes) {
+        m.add(bytes);
+        return true;
+    });
+    return m;
+}
+
+void Message::print(MailBody& part) const {
+    decode(part, [](std::string_view bytes) {
+        return fwrite(bytes.data(), 1, bytes.size(), stdout) == bytes.size();
+    });
 }
 
 int Message::bodyPart() const {

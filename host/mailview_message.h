@@ -11,6 +11,7 @@
 #include "kit/folder.h"
 #include "kit/mail_text.h"
 #include "kit/request.h"
+#include "mailview_part.h"
 
 namespace host {
 
@@ -49,6 +50,12 @@ class Message {
     /// direction characters.
     std::string saveName(int number) const;
 
+    /// The decoded content of a part, without the line break that belongs to the delimiter behind
+    /// it (RFC 2046 section 5.1.1): to `take` in pieces, measured, or printed.
+    void decode(MailBody& part, const Take& take) const;
+    Measure measure(MailBody& part) const;
+    void print(MailBody& part) const;
+
     /// Number of the text part that is the body of the message, 0 without one: as the library's
     /// callback chooses it.
     int bodyPart() const;
@@ -60,6 +67,7 @@ class Message {
     using Info = std::unique_ptr<MailInfo, void (*)(MailInfo*)>;
     void read(int offset, int size, const char* id);
     void enter(MailBody& part);
+    bool isDelimited(const MailBody& part) const;
 
     std::shared_ptr<FILE> file_;
     Info info_;

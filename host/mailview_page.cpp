@@ -136,9 +136,8 @@ class MessagePage {
         bool opens = isType(part, kMessageType, "rfc822");
         std::string label = " aria-label=\"" + escaped(message(kTextViewSave, name)) + "\"";
         return "<tr><th scope=\"row\">" + link(opens ? "view" : "down", query, name) + "</th><td>" +
-               escaped(typeText(part)) + "</td><td>" +
-               sizeText(measure(part, message_.file()).size) + "</td><td>" +
-               link("down", query, message(kTextViewSaveIt), label) + "</td></tr>\n";
+               escaped(typeText(part)) + "</td><td>" + sizeText(message_.measure(part).size()) +
+               "</td><td>" + link("down", query, message(kTextViewSaveIt), label) + "</td></tr>\n";
     }
 
     const View& view_;

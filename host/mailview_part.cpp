@@ -17,23 +17,43 @@ namespace {
 constexpr size_t kNameMax = 120, kEndingMax = 12;
 constexpr size_t kBlock = 1 << 16;
 
-using Take = std::function<bool(std::string_view)>;
-
 /// The receiver of a decoder's output. No exception passes through the library.
-struct Receiver {
-    const Take& take;
-    std::exception_ptr failure;
-};
+class Receiver {
+  public:
+    Receiver(const Take& take, bool delimited) : take_(take), delimited_(delimited) {}
 
-ssize_t receive(void* cookie, const char* bytes, size_t size) {
-    auto& receiver = *static_cast<Receiver*>(cookie);
-    try {
-        return receiver.take({bytes, size}) ? static_cast<ssize_t>(size) : 0;
-    } catch (...) {
-        receiver.failure = std::current_exception();
-        return 0;
+    static ssize_t write(void* self, const char* bytes, size_t size) {
+        auto& receiver = *static_cast<Receiver*>(self);
+        try {
+            return receiver.pass({bytes, size}) ? static_cast<ssize_t>(size) : 0;
+        } catch (...) {
+            receiver.failure_ = std::current_exception();
+            return 0;
+        }
     }
-}
+
+    void finish() {
+        if (failure_) std::rethrow_exception(failure_);
+        if (held_ == "\r") take_(held_);
+    }
+
+  private:
+    /// Holds back what may be the line break at the end.
+    bool pass(std::string_view bytes) {
+        if (!delimited_) return take_(bytes);
+        std::string piece = std::move(held_) + std::string(bytes);
+        size_t end = piece.size();
+        if (end > 0 && piece[end - 1] == '\n') end--;
+        if (end > 0 && piece[end - 1] == '\r') end--;
+        held_ = piece.substr(end);
+        return end == 0 || take_(std::string_view(piece).substr(0, end));
+    }
+
+    const Take& take_;
+    bool delimited_;
+    std::string held_;
+    std::exception_ptr failure_;
+};
 
 constexpr auto kCrcTable = [] {
     std::array<uint32_t, 256> table{};
@@ -121,31 +141,25 @@ std::string cleanName(const std::string& name) {
 
 std::string attachmentDisposition(const std::string& name) {
     std::string ascii = toSet(name, "US-ASCII");
-    std::erase_if(ascii, [](char c) { return isReserved(c) || c == '%'; });
+    std::replace_if(
+        ascii.begin(), ascii.end(), [](char c) { return isReserved(c) || c == '%'; }, '_');
     return "attachment; filename=\"" + ascii + "\"; filename*=UTF-8''" + urlEncoded(name);
 }
 
-void decodePart(MailBody& part, FILE* file, const Take& take) {
-    Receiver receiver{take, nullptr};
-    FILE* out = fopencookie(&receiver, "w", {nullptr, receive, nullptr, nullptr});
+void decodePart(MailBody& part, FILE* file, bool delimited, const Take& take) {
+    Receiver receiver(take, delimited);
+    FILE* out = fopencookie(&receiver, "w", {nullptr, Receiver::write, nullptr, nullptr});
     if (!out) throw std::bad_alloc();
     setvbuf(out, nullptr, _IOFBF, kBlock);
     mailDecodeAttachFile(&part, file, out);
     fclose(out);
-    if (receiver.failure) std::rethrow_exception(receiver.failure);
+    receiver.finish();
 }
 
-Measure measure(MailBody& part, FILE* file) {
-    Measure m;
-    uint32_t crc = 0xFFFFFFFF;
-    decodePart(part, file, [&](std::string_view bytes) {
-        for (char c : bytes)
-            crc = kCrcTable[(crc ^ static_cast<unsigned char>(c)) & 0xFF] ^ (crc >> 8);
-        m.size += bytes.size();
-        return true;
-    });
-    m.crc = ~crc;
-    return m;
+void Measure::add(std::string_view bytes) {
+    size_ += bytes.size();
+    for (char c : bytes)
+        crc_ = kCrcTable[(crc_ ^ static_cast<unsigned char>(c)) & 0xFF] ^ (crc_ >> 8);
 }
 
 }  // namespace host

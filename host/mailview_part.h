@@ -34,15 +34,23 @@ std::string cleanName(const std::string& name);
 /// The value of a Content-Disposition line that saves under `name` (RFC 6266).
 std::string attachmentDisposition(const std::string& name);
 
-/// The decoded content of a part goes to `take` in pieces until that gives false.
-void decodePart(MailBody& part, FILE* file, const std::function<bool(std::string_view)>& take);
+/// Takes content in pieces until it gives false.
+using Take = std::function<bool(std::string_view)>;
 
-/// Length and CRC-32 (ISO 3309) of the decoded content.
-struct Measure {
-    uint64_t size = 0;
-    uint32_t crc = 0;
+/// The decoded content of a part goes to `take`. `delimited`: without a line break at its end.
+void decodePart(MailBody& part, FILE* file, bool delimited, const Take& take);
+
+/// Length and CRC-32 (ISO 3309) of content.
+class Measure {
+  public:
+    void add(std::string_view bytes);
+    uint64_t size() const { return size_; }
+    uint32_t crc() const { return ~crc_; }
+
+  private:
+    uint64_t size_ = 0;
+    uint32_t crc_ = 0xFFFFFFFF;
 };
-Measure measure(MailBody& part, FILE* file);
 
 }  // namespace host
 

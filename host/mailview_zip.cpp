@@ -42,13 +42,17 @@ std::string folded(std::string name) {
 }  // namespace
 
 void makeNamesUnique(std::vector<ZipEntry>& entries) {
-    std::map<std::string, int> uses;
+    std::map<std::string, int> taken;  // how often a name was asked for
     for (ZipEntry& entry : entries) {
+        int& n = taken[folded(entry.name)];
+        if (n++ == 0) continue;
         size_t dot = std::min(entry.name.rfind('.'), entry.name.size());
         std::string stem = entry.name.substr(0, dot), ending = entry.name.substr(dot);
-        for (int& n = uses[folded(entry.name)]; n++ > 0 && uses.contains(folded(entry.name));)
-            entry.name = stem + " (" + std::to_string(n) + ")" + ending;
-        uses.emplace(folded(entry.name), 1);
+        do {
+            entry.name = stem + " (" + std::to_string(n++) + ")" + ending;
+        } while (taken.contains(folded(entry.name)));
+        n--;
+        taken[folded(entry.name)] = 1;
     }
 }
 
@@ -109,8 +113,8 @@ void downloadAll(const View& view) {
     std::vector<int> numbers = message.attachments();
     std::vector<ZipEntry> entries;
     for (int n : numbers) {
-        Measure m = measure(message.part(n), message.file());
-        entries.push_back({message.saveName(n), m.size, m.crc});
+        Measure m = message.measure(message.part(n));
+        entries.push_back({message.saveName(n), m.size(), m.crc()});
     }
     if (entries.empty()) throw PageError(404, kTextNoSuchPart);
     makeNamesUnique(entries);
@@ -121,7 +125,7 @@ void downloadAll(const View& view) {
     for (size_t i = 0; i < zip.count(); i++) {
         std::string header = zip.fileHeader(i);
         fwrite(header.data(), 1, header.size(), stdout);
-        mailDecodeAttachFile(&message.part(numbers[i]), message.file(), stdout);
+        message.print(message.part(numbers[i]));
     }
     std::string directory = zip.directory();
     fwrite(directory.data(), 1, directory.size(), stdout);

@@ -9,3 +9,10 @@ add_test(NAME smtp_servers
     COMMAND ${Python3_EXECUTABLE} ${CMAKE_CURRENT_SOURCE_DIR}/smtp_servers.py ${attalven_program}
         ${PROJECT_SOURCE_DIR}/build/peers/exim/usr/sbin/exim4 ${CMAKE_CURRENT_BINARY_DIR}/smtp_servers)
 set_tests_properties(corpus_oracle python_messages smtp_servers PROPERTIES SKIP_RETURN_CODE 77 TIMEOUT 120)
+
+# The programs of the web mail, run by hand on a site of their build. Their limit on memory leaves no room for sanitizers.
+if(NOT ATTALVEN_SANITIZE)
+    add_test(NAME host_mailview
+        COMMAND ${Python3_EXECUTABLE} ${CMAKE_CURRENT_SOURCE_DIR}/host/mailview.py ${CMAKE_BINARY_DIR})
+    set_tests_properties(host_mailview PROPERTIES SKIP_RETURN_CODE 77 TIMEOUT 300 RESOURCE_LOCK site)
+endif()
