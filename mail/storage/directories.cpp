@@ -5,6 +5,8 @@
 
 #include <sys/stat.h>
 
+#include <cerrno>
+
 #include "mail/storage.h"
 #include "support/host.h"
 #include "support/support.h"
@@ -18,12 +20,6 @@ constexpr const char* kGroup = "mail";
 constexpr mode_t kMask = 022;
 constexpr int kMode = 0700;
 constexpr size_t kPathLimit = 255;
-
-int makeDirectory(const char* path, const char* owner) {
-    umask(kMask);
-    mkdir(path, kMode);
-    return fileChgStat(path, owner, kGroup, kMode);
-}
 
 /// `rootDir`/`relative`, unless it exists or is not a path of its own.
 void makeBelow(const char* rootDir, string_view relative, const char* owner) {
@@ -47,7 +43,11 @@ int smInitPathName(const char* path, const char* owner) {
         if (end < whole.size() && whole[end] != '/') continue;
         part.assign(head(whole, end));
         result = chkExistFile(part.c_str());
-        if (!result) result = makeDirectory(part.c_str(), owner);
+        if (result) continue;
+        umask(kMask);
+        // Whatever kept chkExistFile() from seeing it, a directory that exists stays as it is.
+        if (mkdir(part.c_str(), kMode) == 0 || errno != EEXIST)
+            result = fileChgStat(part.c_str(), owner, kGroup, kMode);
     }
     return result;
 }
@@ -80,5 +80,7 @@ int mailInitMBoxPathName(const char* id) {
 
 int mailMakeDir(const char* path) {
     if (!path || !*path) return -1;
-    return makeDirectory(path, conf.adminId);
+    umask(kMask);
+    mkdir(path, kMode);
+    return fileChgStat(path, conf.adminId, kGroup, kMode);
 }
