@@ -6,35 +6,6 @@ import os, shutil, socket, subprocess, sys, time
 
 ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 PROGRAM, EXIM, WORK = (os.path.abspath(a) for a in sys.argv[1:4])
-EXIM_CONF = """exim_path = {exim}
-exim_user = {user}
-exim_group = {group}
-deliver_drop_privilege
-primary_hostname = mail.example.org
-qualify_domain = example.org
-spool_directory = {work}/queue
-log_file_path = {work}/log/%s
-pid_file_path = {work}/exim.pid
-daemon_smtp_ports = {port}
-local_interfaces = 127.0.0.1
-ignore_fromline_hosts = 127.0.0.1
-keep_environment =
-acl_smtp_rcpt = recipients
-begin acl
-recipients:
-  deny local_parts = nobody
-  accept
-begin routers
-users:
-  driver = accept
-  domains = example.org
-  local_parts = kim : lee
-  transport = spool
-begin transports
-spool:
-  driver = appendfile
-  file = {work}/spool/$local_part_data
-"""
 # As whom tools/run-exim runs it.
 USER, GROUP = ("mail", "mail") if os.geteuid() == 0 else (os.getuid(), os.getgid())
 failures = 0
@@ -84,8 +55,8 @@ def through_exim():
         shutil.chown(f"{WORK}/{sub}", USER, GROUP)
     os.chmod(WORK, 0o755)
     port = free_port()
-    with open(f"{WORK}/exim.conf", "w") as f:
-        f.write(EXIM_CONF.format(exim=EXIM, work=WORK, port=port, user=USER, group=GROUP))
+    with open(f"{ROOT}/tests/data/smtp/exim.conf") as template, open(f"{WORK}/exim.conf", "w") as f:
+        f.write(template.read().format(exim=EXIM, work=WORK, port=port, user=USER, group=GROUP))
     exim = started([f"{ROOT}/tools/run-exim", EXIM, f"{WORK}/exim.conf", WORK, "-bdf"], port)
     try:
         for name, text in TEXTS.items():

@@ -3,76 +3,45 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <sstream>
 
+#include "kit/calls.h"
 #include "kit/script_server.h"
-#include "kit/site.h"
 #include "support/sock.h"
 
 namespace {
 
 using Replies = std::vector<std::string>;
 
-class Smtp : public kit::Site {
-  protected:
-    /// "address code" of every result.
-    static std::string deliver(const std::string& server, const char* from, const char* to,
-                               std::string_view message) {
-        kit::File f = kit::fileOf(message);
-        MailSendResult* results = mailRFC822MsgSender(from, to, nullptr, server.c_str(), f.get());
-        std::string dump;
-        for (MailSendResult* r = results; r && r->address; r++)
-            dump += r->address + (" " + std::to_string(r->code) + ";");
-        EXPECT_TRUE(results);
-        EXPECT_EQ(ftell(f.get()), 0) << "the stream is at its start again";
-        mailComposeSendResultFree(results);
-        return dump;
-    }
-};
+using Smtp = kit::Site;
+
+/// "address code" of every result.
+std::string deliver(const std::string& server, const char* from, const char* to,
+                    std::string_view message) {
+    kit::File f = kit::fileOf(message);
+    MailSendResult* results = mailRFC822MsgSender(from, to, nullptr, server.c_str(), f.get());
+    std::string dump;
+    for (MailSendResult* r = results; r && r->address; r++)
+        dump += r->address + (" " + std::to_string(r->code) + ";");
+    EXPECT_TRUE(results);
+    EXPECT_EQ(ftell(f.get()), 0) << "the stream is at its start again";
+    mailComposeSendResultFree(results);
+    return dump;
+}
+
+/// The results, and below them what the server received; `replies` between "&".
+std::string dialogue(const char* replies, const char* from, const char* to,
+                     std::string_view message) {
+    Replies all;
+    std::istringstream in(replies);
+    for (std::string reply; std::getline(in, reply, '&');) all.push_back(reply);
+    kit::ScriptServer server(all);
+    std::string results = deliver(server.address(), from, to, message);
+    return results + "\n" + server.received();
+}
 
 TEST_F(Smtp, SpeaksTheDocumentedDialogue) {
-    const struct {
-        Replies replies;
-        const char *from, *to, *message, *results, *received;
-    } rows[] = {{{"220-hi\r\n220 there\r\n", "250\n", "250\n", "250\n", "550 no\n", "354\n"},
-                 "me",
-                 "kim@x, \"Lee\" <lee@y>",
-                 "From me\nA: x\n\n.\n..a\nb\n",
-                 "kim@x 250;lee@y 550;",
-                 "helo\nmail from: me@example.org\nrcpt to: kim@x\nrcpt to: lee@y\ndata\nFrom "
-                 "me\nA: x\n\n..\n...a\nb\n.\nquit\n"},
-                // helo wants a name; no sender, no recipient; a last line without end
-                {{"220 hi\n", "501 name?\n", "250\n", "354\n"},
-                 "",
-                 "",
-                 "x",
-                 "",
-                 "helo\nhelo mail.example.org\ndata\nx\n.\nquit\n"},
-                // Refused data still ends with a dot.
-                {{"220\n", "250\n", "250\n", "250\n", "451 later\n", "500\n"},
-                 "me",
-                 "a@b",
-                 "text\n",
-                 "a@b 250;",
-                 "helo\nmail from: me@example.org\nrcpt to: a@b\ndata\n.\n"},
-                // The server hangs up between two recipients.
-                {{"220\n", "250\n", "250\n", "250\n", ""},
-                 "me",
-                 "a@x,b@x,c",
-                 "text\n",
-                 "a@x 250;b@x 590;c@example.org 590;",
-                 "helo\nmail from: me@example.org\nrcpt to: a@x\nrcpt to: b@x\n"},
-                // An address cannot bring in a command.
-                {{"220\n"},
-                 "me",
-                 "\"x\" <a\tdata@b>",
-                 "",
-                 "a\tdata@b 250;",
-                 "helo\nmail from: me@example.org\nrcpt to: adata@b\ndata\n.\nquit\n"}};
-    for (const auto& r : rows) {
-        kit::ScriptServer server(r.replies);
-        EXPECT_EQ(deliver(server.address(), r.from, r.to, r.message), r.results);
-        EXPECT_EQ(server.received(), r.received);
-    }
+    kit::runTable("smtp/dialogues.table", {RESULT(dialogue)});
 }
 
 TEST_F(Smtp, DoublesDotsOnlyAtLineStarts) {
