@@ -1,35 +1,15 @@
 #!/usr/bin/env python3
 """corpus_oracle.py ATTALVEN GENERATOR: for several seeds, makes a folder with its ground truth and compares what
 `attalven dump` and `attalven extract` tell about every message."""
-import hashlib, json, os, subprocess, sys, tempfile, urllib.parse
+import hashlib, os, subprocess, sys, tempfile, urllib.parse
 
-PROGRAM, GENERATOR = sys.argv[1:3]
-PAGE_SETS = ["euc_kr", "cp949", "shift_jis", "cp932", "gb2312", "gbk", "big5", "iso-8859-1", "iso-8859-15", "utf-8"]
+import oracle
+
 CODEC = {"ks_c_5601-1987": "cp949", "big5": "big5hkscs", "us-ascii": "ascii", "shift_jis": "cp932"}
-FIELDS = "num offset hdr size status priority date leaves id addr name subject".split()
-env = dict(os.environ, TZ="UTC")
-differences = checked = 0
 
 
-def run(*args):
-    return subprocess.run([PROGRAM, *args], env=env, stdout=subprocess.PIPE, check=True).stdout
-
-
-def differ(what, truth, got, want):
-    global differences
-    differences += 1
-    if differences <= 20:
-        print(f"message {truth['n']} ({truth['kind']}, {truth['subject_form']}): {what} is {got!r}, not {want!r}")
-
-
-def readings(field):
-    """What the bytes say in each page character set."""
-    raw = urllib.parse.unquote_to_bytes(field)
-    for name in PAGE_SETS:
-        try:
-            yield raw.decode(name)
-        except UnicodeDecodeError:
-            pass
+def label(truth):
+    return f"{truth['n']} ({truth['kind']}, {truth['subject_form']})"
 
 
 def compare(row, truth):
@@ -40,44 +20,37 @@ def compare(row, truth):
             ("priority", int(row["priority"]), truth["priority"]), ("date", int(row["date"]), truth["date"]),
             ("parts", int(row["leaves"]), truth["leaves"] + truth["uu"]),
             ("Message-ID", urllib.parse.unquote(row["id"]), truth["message_id"]), ("address", row["addr"], truth["from_addr"])):
-        if got != want:
-            differ(key, truth, got, want)
-    if truth["subject_join"] not in readings(row["subject"]):
-        differ("subject", truth, row["subject"], truth["subject_join"])
+        oracle.expect(label(truth), key, got == want, got, want)
+    subject, name = truth["subject_join"], truth["from_name"]
+    oracle.expect(label(truth), "subject", subject in oracle.readings(row["subject"]), row["subject"], subject)
     # Unquoted names lose their blanks.
-    if truth["from_name"].replace(" ", "") not in (t.replace(" ", "") for t in readings(row["name"])):
-        differ("name", truth, row["name"], truth["from_name"])
+    names = (text.replace(" ", "") for text in oracle.readings(row["name"]))
+    oracle.expect(label(truth), "name", name.replace(" ", "") in names, row["name"], name)
 
 
-def compare_text(folder, data, truth, scratch):
+def compare_text(folder, truth, out):
     """The first text part of a single-part message, decoded, as Unicode."""
     if not truth["text"] or truth["leaves"] != 1 or truth["uu"]:
         return
     charset, digest = truth["text"][2], truth["text"][4]
-    out = os.path.join(scratch, "part")
-    run("extract", folder, str(truth["n"]), "0", out)
+    oracle.run("extract", folder, str(truth["n"]), "0", out)
     with open(out, "rb") as f:
-        raw = f.read()
+        text = f.read().decode(CODEC.get(charset, charset), "replace")
     os.remove(out)
-    text = raw.decode(CODEC.get(charset, charset), "replace")
     # The empty line before the next From_ line is part of the message, but not of the text that was written.
-    if digest not in (hashlib.sha256(t.encode()).hexdigest() for t in (text, text.removesuffix("\n"))):
-        differ("text", truth, text[:60], digest)
+    digests = [hashlib.sha256(t.encode()).hexdigest() for t in (text, text.removesuffix("\n"))]
+    oracle.expect(label(truth), "text", digest in digests, text[:60], digest)
 
 
 with tempfile.TemporaryDirectory() as scratch:
     for seed, extra in ((7, []), (8, ["--crlf", "20"]), (9, ["--mean", "20000", "--langs", "ja,tw"])):
         folder = os.path.join(scratch, f"{seed}.mbox")
-        subprocess.run([sys.executable, GENERATOR, folder, "--seed", str(seed), "--count", "300", *extra],
+        subprocess.run([sys.executable, sys.argv[2], folder, "--seed", str(seed), "--count", "300", *extra],
                        check=True, stdout=subprocess.DEVNULL)
-        truths = json.load(open(folder + ".json", encoding="utf-8"))["messages"]
-        rows = [dict(zip(FIELDS, line.split("\t"))) for line in run("dump", folder).decode("ascii").splitlines()]
-        if len(rows) != len(truths):
-            differ("count", truths[0], len(rows), len(truths))
-        for row, truth in zip(rows, truths):
+        truths = oracle.truths(folder + ".json")["messages"]
+        for row, truth in oracle.pairs(folder, truths):
             compare(row, truth)
-            checked += 1
         for truth in truths[:40]:
-            compare_text(folder, None, truth, scratch)
-print(f"{checked} messages compared, {differences} differences")
-sys.exit(differences > 0 or checked == 0)
+            compare_text(folder, truth, os.path.join(scratch, "part"))
+print(f"{oracle.differences} differences")
+sys.exit(oracle.differences > 0)
