@@ -1,30 +1,29 @@
-// Files: existence, mode, copies, lines, records, stream texts and sizes.
+// Clock parts and files: existence, mode, copies, lines, records, stream texts and sizes.
 
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <climits>
 
-#include "kit/site.h"
+#include "kit/calls.h"
 
 namespace {
 
 using kit::taken;
 using SupportFile = kit::Site;
 
-TEST_F(SupportFile, LinesAndRecords) {
-    std::string path = dir + "/list";
-    kit::writeFile(path, "one\r\n\nthree");
-    EXPECT_EQ(fileTotalLine(path.c_str()), 3);
-    const char* lines[] = {"(null)", "one", "", "three", "(null)"};
-    for (int n = 0; n < 5; n++) EXPECT_EQ(taken(fileGetLine(path.c_str(), n)), lines[n]) << n;
+std::string record(const char* path, int size, int n) {
+    std::string area(static_cast<size_t>(size), '?');
+    int length = fileGetRecord(path, area.data(), size, n);
+    return std::to_string(length) + " " + area;
+}
 
-    char record[4] = "???";
-    EXPECT_EQ(fileGetRecord(path.c_str(), record, 4, 2), 4);
-    EXPECT_EQ(std::string(record, 4), "\n\nth");
-    EXPECT_EQ(fileGetRecord(path.c_str(), record, 4, 3), 3);
-    EXPECT_EQ(std::string(record, 4), std::string("ree\0", 4));
-    EXPECT_EQ(fileGetRecord(path.c_str(), record, 4, 4), -1);
+TEST_F(SupportFile, RowByRow) {
+    kit::runTable(
+        "support/file.table",
+        {RESULT(fileTotalLine), HEAP(fileGetLine), RESULT(record), RESULT(getTs), RESULT(getYear),
+         RESULT(getMonth), RESULT(getDay), RESULT(fileGetNameFromFilePath)},
+        dir);
 }
 
 TEST_F(SupportFile, CopyKeepsTheFile) {
@@ -54,9 +53,6 @@ TEST_F(SupportFile, StreamTextsAndSizes) {
 }
 
 TEST_F(SupportFile, PathsAndState) {
-    EXPECT_STREQ(fileGetNameFromFilePath("/a/b.txt"), "b.txt");
-    EXPECT_EQ(fileGetNameFromFilePath("a/"), nullptr);
-
     std::string link = dir + "/link", path = dir + "/f";
     kit::writeFile(path, "");
     ASSERT_EQ(symlink("f", link.c_str()), 0);
