@@ -7,20 +7,16 @@ namespace {
 
 class ComposeHeader : public kit::Site {};
 
-std::string inZone(const char* zone, char* (*write)(time_t), time_t t) {
+template <char* (*kWrite)(time_t)>
+std::string inZone(const char* zone, time_t t) {
     setenv("TZ", zone, 1);
     tzset();
-    return write(t);
+    return kWrite(t);
 }
 
 TEST_F(ComposeHeader, Dates) {
     kit::runTable("compose_dates.table",
-                  {{"mailMakeDate", kit::result(+[](const char* zone, time_t t) {
-                        return inZone(zone, mailMakeDate, t);
-                    })},
-                   {"mailGetRFC822FromDate", kit::result(+[](const char* zone, time_t t) {
-                        return inZone(zone, mailGetRFC822FromDate, t);
-                    })}});
+                  {RESULT(inZone<mailMakeDate>), RESULT(inZone<mailGetRFC822FromDate>)});
 }
 
 TEST_F(ComposeHeader, MessageIdsCountUp) {

@@ -40,9 +40,7 @@ void printEnriched(int size, std::string_view content) {
 
 TEST(Decode, RowByRow) {
     kit::runTable("display/decode.table",
-                  {{"mailDecode", kit::result(decodedBy)},
-                   {"mailDecode of a range", kit::result(decodedRange)},
-                   {"mailTextEnrichedHandler", kit::printed(printEnriched)}});
+                  {RESULT(decodedBy), RESULT(decodedRange), PRINTED(printEnriched)});
     char rtf[] = "rtf", html[] = "html";
     EXPECT_EQ(decoded(0, 2, nullptr, rtf, "cid:1<BASE>", nullptr), "cid:1<BASE>");
     // 400,000 references and a prefix of 300 bytes would make 120 MB of 1.6 MB.

@@ -6,15 +6,16 @@
 
 namespace {
 
-using kit::result;
 using Login = kit::Site;
 
-template <int kNumbers, bool kIsTrusted>
-std::string filtered(const char* text) {
-    constexpr attalven::FormatArguments any = attalven::kTrustedArguments, some = {kNumbers, true};
+std::string filtered(int arguments, int areNumbers, const char* text) {
     attalven::Text out;
-    attalven::filterFormat(text, kIsTrusted ? any : some, out);
+    attalven::filterFormat(text, {arguments, areNumbers != 0}, out);
     return std::string(out.view());
+}
+
+void setTemplateNumber(int n) {
+    conf.defaultTemplateNum = n;
 }
 
 int isAuthenticated(const char* id, const char* carried, const char* key) {
@@ -23,20 +24,11 @@ int isAuthenticated(const char* id, const char* carried, const char* key) {
 }
 
 TEST_F(Login, RowByRow) {
-    kit::runTable(
-        "storage/login.table",
-        {{"format, any arguments", result(filtered<0, true>)},
-         {"format, no argument", result(filtered<0, false>)},
-         {"format, a number", result(filtered<1, false>)},
-         RESULT(mailGetLoginErrMsg),
-         {"defaultTemplateNum", kit::printed(+[](int n) { conf.defaultTemplateNum = n; })},
-         PRINTED(mailLoginFail),
-         {"mailAuthUserId", result(isAuthenticated)},
-         RESULT(mailUserLevel),
-         PRINTED(mailChkMemo),
-         RESULT(mailNewMailChk),
-         RESULT(mailGetDate)},
-        dir);
+    kit::runTable("storage/login.table",
+                  {RESULT(filtered), RESULT(mailGetLoginErrMsg), PRINTED(setTemplateNumber),
+                   PRINTED(mailLoginFail), RESULT(isAuthenticated), RESULT(mailUserLevel),
+                   PRINTED(mailChkMemo), RESULT(mailNewMailChk), RESULT(mailGetDate)},
+                  dir);
     EXPECT_EQ(mailAuthUserId("", "no code"), 0);
     conf.adminId[0] = 0;
     EXPECT_EQ(mailUserLevel(""), 2);

@@ -9,12 +9,20 @@
 namespace {
 
 using attalven::OwnedAddress, attalven::OwnedBody, attalven::OwnedParam;
-using kit::result, kit::shown;
+using kit::shown;
 
 std::string dump(const MailParam* p) {
     std::string all;
     for (; p; p = p->next) all += shown(p->name) + "=" + shown(p->value) + "|";
     return all;
+}
+
+std::string parametersOf(char* text) {
+    return dump(OwnedParam(mailParseParams(text)).get());
+}
+
+std::string parameterOf(const char* name, char* text) {
+    return shown(mailGetParam(name, OwnedParam(mailParseParams(text)).get()));
 }
 
 std::string typeOf(char* text) {
@@ -41,24 +49,13 @@ std::string written(char* text) {
 using Values = kit::Site;
 
 TEST_F(Values, RowByRow) {
-    kit::runTable("parse/values.table",
-                  {{"mailParseParams", result(+[](char* text) {
-                        return dump(OwnedParam(mailParseParams(text)).get());
-                    })},
-                   {"mailGetParam", result(+[](const char* name, char* text) {
-                        return shown(mailGetParam(name, OwnedParam(mailParseParams(text)).get()));
-                    })},
-                   {"mailParseMimeType", result(typeOf)},
-                   RESULT(mailGetEncType),
-                   RESULT(mimeGetType),
-                   RESULT(mimeGetMajorType),
-                   RESULT(mimeGetSubType),
-                   RESULT(mailParseDate),
-                   {"mailGetAddrList", result(addressesOf)},
-                   {"mailGetStrAddr", result(written<mailGetStrAddr>)},
-                   {"mailGetStrHTMLAddr", result(written<mailGetStrHTMLAddr>)},
-                   RESULT(mailGetUserName)},
-                  dir);
+    kit::runTable(
+        "parse/values.table",
+        {RESULT(parametersOf), RESULT(parameterOf), RESULT(typeOf), RESULT(mailGetEncType),
+         RESULT(mimeGetType), RESULT(mimeGetMajorType), RESULT(mimeGetSubType),
+         RESULT(mailParseDate), RESULT(addressesOf), RESULT(written<mailGetStrAddr>),
+         RESULT(written<mailGetStrHTMLAddr>), RESULT(mailGetUserName)},
+        dir);
 }
 
 /// The result as its definition gives it.

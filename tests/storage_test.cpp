@@ -7,6 +7,7 @@
 
 namespace {
 
+using attalven::listsDomain;
 using Storage = kit::Site;
 using kit::modeOf;
 using std::string;
@@ -29,12 +30,8 @@ string idChecks(const char* id) {
 
 TEST_F(Storage, RowByRow) {
     kit::runTable("storage/paths.table",
-                  {RESULT(paths),
-                   RESULT(smGetUserLogicalMBoxPath),
-                   RESULT(smGetAvailablePartition),
-                   {"listsDomain", kit::result(attalven::listsDomain)},
-                   RESULT(smChkValidMailDomainName),
-                   {"mailChkValidUserId", kit::result(idChecks)}},
+                  {RESULT(paths), RESULT(smGetUserLogicalMBoxPath), RESULT(smGetAvailablePartition),
+                   RESULT(listsDomain), RESULT(smChkValidMailDomainName), RESULT(idChecks)},
                   dir);
     for (char c : std::string_view("\"+<>#%{}|\\^~[]';/?:@=&$ \xC0\x80"))
         EXPECT_EQ(idChecks((string("k") + c).c_str()), "0 0 0") << c;

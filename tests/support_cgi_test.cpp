@@ -52,18 +52,10 @@ void setDefaultLanguage(const char* name) {
 
 TEST_F(SupportCgi, RowByRow) {
     kit::runTable("support/request.table",
-                  {RESULT(cgiGetMSIEVer),
-                   RESULT(cgiGetBrowserLangType),
-                   RESULT(cookie),
-                   PRINTED(cgiMimeHeader),
-                   PRINTED(pageSetCharSet),
-                   PRINTED(htmlHeadStart),
-                   PRINTED(htmlBodyStart),
-                   HEAP(cgiCharToHex),
-                   {"strmParseDirective", kit::printed(printDirectives)},
-                   RESULT(getTemplateLang),
-                   HEAP(getTemplateStr),
-                   {"defaultTemplateLang", kit::printed(setDefaultLanguage)},
+                  {RESULT(cgiGetMSIEVer), RESULT(cgiGetBrowserLangType), RESULT(cookie),
+                   PRINTED(cgiMimeHeader), PRINTED(pageSetCharSet), PRINTED(htmlHeadStart),
+                   PRINTED(htmlBodyStart), HEAP(cgiCharToHex), PRINTED(printDirectives),
+                   RESULT(getTemplateLang), HEAP(getTemplateStr), PRINTED(setDefaultLanguage),
                    RESULT(msgGet)},
                   dir);
 }
