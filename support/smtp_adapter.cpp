@@ -8,6 +8,7 @@
 
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/mman.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -19,9 +20,13 @@
 #include <ctime>
 #include <initializer_list>
 
+#include "sock.h"
 #include "support.h"
 
 namespace {
+
+/// What the relay tells its caller beside the dialogue; shared memory.
+volatile int* dataReply;
 
 constexpr size_t kBuffer = 64 * 1024;
 constexpr int kWaitSeconds = 600;  // the longest wait of RFC 5321 section 4.5.3.2
@@ -95,13 +100,15 @@ struct Relay {
     Side client, server;
     const char* heloName;
 
-    /// Passes one whole reply on; its code, 0 when the server hangs up.
-    int reply() {
+    /// Passes one whole reply on; its code, 0 when the server hangs up. The caller can read the
+    /// code in `told` as soon as it has the reply.
+    int reply(volatile int* told = nullptr) {
         char line[2048];
         do {
             if (!server.getLine(line, sizeof line) || !client.put(line) || !client.put("\n"))
                 return 0;
         } while (strlen(line) > 3 && line[3] == '-');
+        if (told) *told = atoi(line);
         return client.flush() ? atoi(line) : 0;
     }
 
@@ -167,9 +174,11 @@ struct Relay {
         while (client.getLine(line, sizeof line)) {
             bool isData = strcmp(line, "data") == 0;
             if (!passCommand(line)) return;
-            int code = reply();
+            int code = reply(isData ? dataReply : nullptr);
             if (code == 0) return;
-            if (isData && code == 354 && (!passMessage() || !reply())) return;
+            if (!isData || code != 354) continue;
+            *dataReply = 0;
+            if (!passMessage() || !reply(dataReply)) return;
         }
     }
 };
@@ -202,9 +211,19 @@ int movedUp(int fd) {
 
 }  // namespace
 
+int sockSmtpDataReply(void) {
+    return dataReply ? *dataReply : 0;
+}
+
 int adaptSmtp(int server, const char* heloName) {
+    if (!dataReply) {
+        void* page = mmap(nullptr, sizeof *dataReply, PROT_READ | PROT_WRITE,
+                          MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+        dataReply = page == MAP_FAILED ? nullptr : static_cast<volatile int*>(page);
+    }
+    if (dataReply) *dataReply = 0;
     int pair[2];
-    if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, pair) != 0) {
+    if (!dataReply || socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, pair) != 0) {
         close(server);
         return -1;
     }

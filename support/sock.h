@@ -16,6 +16,13 @@ extern "C" {
  */
 void sockUseSmtpAdapter(const char* heloName);
 
+/*
+ * The server's last word on the message that the adapter passed on: its reply code to the end of
+ * the data, or to the command that announces them when it refused that; 0 without one, when the
+ * connection broke. A recipient that the server took has the mail only when this is 2xx.
+ */
+int sockSmtpDataReply(void);
+
 #pragma GCC visibility pop
 
 #ifdef __cplusplus
