@@ -34,16 +34,6 @@ std::string addresses(const Message& message, const char* header, MailAddress* k
     return printed(pfnMailFromRcpt, list ? list.get() : known, "UTF-8");
 }
 
-std::string sizeText(uint64_t bytes) {
-    constexpr const char* kUnits[] = {"B", "KB", "MB", "GB"};
-    double size = static_cast<double>(bytes);
-    int unit = 0;
-    for (; size >= 1000 && unit < 3; unit++) size /= 1024;
-    char text[32];
-    snprintf(text, sizeof text, unit ? "%.1f %s" : "%.0f %s", size, kUnits[unit]);
-    return text;
-}
-
 std::string link(const std::string& command, const std::string& query, const std::string& text,
                  const std::string& attributes = "") {
     return "<a href=\"mailview.cgi?cmd=" + command + "&amp;" + escaped(query) + "\"" + attributes +

@@ -60,17 +60,6 @@ std::string boundaryOf(const std::string& contentType) {
     return std::string(value);
 }
 
-void appendUtf8(std::string& out, unsigned code) {
-    if (code < 0x80) {
-        out += static_cast<char>(code);
-        return;
-    }
-    int more = code < 0x800 ? 1 : code < 0x10000 ? 2 : 3;
-    out += static_cast<char>((0xF00 >> more & 0xFF) | code >> (6 * more));
-    for (int shift = 6 * (more - 1); shift >= 0; shift -= 6)
-        out += static_cast<char>(0x80 | (code >> shift & 0x3F));
-}
-
 /// `&#N;` as the characters that a browser could not write in the page's set.
 std::string withoutReferences(const std::string& utf8) {
     std::string out;
@@ -81,7 +70,7 @@ std::string withoutReferences(const std::string& utf8) {
         bool number = !digits.empty() && digits.find_first_not_of("0123456789") == digits.npos;
         unsigned code = number ? static_cast<unsigned>(std::stoul(digits)) : 0;
         if (code >= 0x80 && code < 0x110000 && (code < 0xD800 || code > 0xDFFF)) {
-            appendUtf8(out, code);
+            out += utf8Of(code);
             i = end;
         } else {
             out += utf8[i];

@@ -1,6 +1,7 @@
 #include "text.h"
 
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 #include <utility>
 
@@ -172,6 +173,26 @@ std::string shortened(const std::string& utf8, size_t most) {
     for (size_t n = 0; n < most && end < utf8.size(); n++)
         end += firstCharacter(std::string_view(utf8).substr(end)).first;
     return end < utf8.size() ? utf8.substr(0, end) + "..." : utf8;
+}
+
+std::string sizeText(uint64_t bytes) {
+    constexpr const char* kUnits[] = {"B", "KB", "MB", "GB"};
+    double size = static_cast<double>(bytes);
+    int unit = 0;
+    for (; size >= 1000 && unit < 3; unit++) size /= 1024;
+    char text[32];
+    snprintf(text, sizeof text, unit ? "%.1f %s" : "%.0f %s", size, kUnits[unit]);
+    return text;
+}
+
+std::string utf8Of(unsigned long code) {
+    if (code > 0x10FFFF || (code >= 0xD800 && code <= 0xDFFF)) return kReplacement;
+    if (code < 0x80) return {static_cast<char>(code)};
+    int more = code < 0x800 ? 1 : code < 0x10000 ? 2 : 3;
+    std::string out(1, static_cast<char>((0xF00UL >> (more + 1) & 0xFF) | code >> (6 * more)));
+    for (int shift = 6 * (more - 1); shift >= 0; shift -= 6)
+        out += static_cast<char>(0x80 | (code >> shift & 0x3F));
+    return out;
 }
 
 std::string takeText(char* heapText) {

@@ -5,6 +5,7 @@
 // and goes out into one at the edge of the program. No text stops anything: what is invalid becomes
 // U+FFFD, what a set cannot hold becomes a character reference (pages) or "?" (mail).
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -33,6 +34,12 @@ std::string urlEncoded(std::string_view utf8);
 
 /// The first `most` characters, "..." behind what was cut.
 std::string shortened(const std::string& utf8, size_t most);
+
+/// A size as people read it: "12 B", "3.4 MB".
+std::string sizeText(uint64_t bytes);
+
+/// The character `code`; U+FFFD for what is none.
+std::string utf8Of(unsigned long code);
 
 /// What the bytes of a C++ owner's heap text say; frees it. "" for NULL.
 std::string takeText(char* heapText);
