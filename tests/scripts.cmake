@@ -14,5 +14,8 @@ set_tests_properties(corpus_oracle python_messages smtp_servers PROPERTIES SKIP_
 if(NOT ATTALVEN_SANITIZE)
     add_test(NAME host_mailview
         COMMAND ${Python3_EXECUTABLE} ${CMAKE_CURRENT_SOURCE_DIR}/host/mailview.py ${CMAKE_BINARY_DIR})
-    set_tests_properties(host_mailview PROPERTIES SKIP_RETURN_CODE 77 TIMEOUT 300 RESOURCE_LOCK site)
+    add_test(NAME host_mailwrite
+        COMMAND ${Python3_EXECUTABLE} ${CMAKE_CURRENT_SOURCE_DIR}/host/mailwrite.py ${CMAKE_BINARY_DIR}
+            ${ATTALVEN_SYSCONFDIR})
+    set_tests_properties(host_mailview host_mailwrite PROPERTIES SKIP_RETURN_CODE 77 TIMEOUT 300 RESOURCE_LOCK site)
 endif()
