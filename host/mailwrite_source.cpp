@@ -5,6 +5,7 @@
 #include <cstring>
 #include <memory>
 #include <new>
+#include <sstream>
 
 #include "host_texts.h"
 #include "kit/folder.h"
@@ -19,7 +20,8 @@ namespace host {
 
 namespace {
 
-constexpr int kMessageType = 4, kTextType = 6;  // places in mime_types
+constexpr int kMessageType = 4, kTextType = 6;    // places in mime_types
+constexpr int kQuotedPrintable = 2, kBase64 = 3;  // places in encoding
 constexpr int kBodyMax = 1 << 20, kQuoteMax = 256 << 10;
 constexpr size_t kImagePrefix = 17;  // of the name that an inline image has in a mail
 
@@ -27,7 +29,8 @@ bool isType(const MailBody& part, int type, const char* subType) {
     return part.type == type && strCaseCmp(part.subType, subType) == 0;
 }
 
-/// A message of a folder, which stays open.
+/// A message of a folder, which stays open, or one that stands in it: "part=2.1" is part 1 of the
+/// message that is part 2.
 class Source {
   public:
     Source(const User& user, const Request& request)
@@ -36,13 +39,9 @@ class Source {
                           request.value("msgid"))),
           info_(nullptr, [](MailInfo* info) { mailFree(&info); }) {
         if (!n_) throw PageError(404, kTextNoSuchMessage);
-        info_.reset(mailProcessing(entry().offset, entry().size, "", folder_.file()));
-        if (!info_) throw std::bad_alloc();
-        charSet_ = mailGetCharSet(info_->body);
-        header_ = readHeader(folder_.file(), entry().offset, entry().hdrSize);
-        MailBodyList** index = mailGetBody(info_->body);
-        for (MailBodyList** at = index; at && *at; at++) parts_.push_back((*at)->body);
-        mailFreeBodyIdx(index);
+        load(entry().offset, entry().size);
+        std::istringstream path(request.value("part"));
+        for (std::string number; std::getline(path, number, '.');) enter(number);
     }
     const FldrMsg& entry() const { return folder_.entry(n_); }
     const Folder& folder() const { return folder_; }
@@ -78,9 +77,38 @@ class Source {
         return headerParameter(headerValue(block, "Content-Type"), "name", charSet_);
     }
 
+    /// The message as it lies in the folder, with a From_ line.
+    void copy(FILE* out) const {
+        bool hasFromLine = offset_ == entry().offset;
+        if (!hasFromLine) fprintf(out, "From - %s\n", mailGetRFC822FromDate(info().date));
+        if (fseeko(folder_.file(), offset_, SEEK_SET) == 0) strmXBit(out, folder_.file(), size_);
+    }
+
   private:
+    void load(int offset, int size) {
+        offset_ = offset;
+        size_ = size;
+        info_.reset(mailProcessing(offset, size, "", folder_.file()));
+        if (!info_) throw std::bad_alloc();
+        charSet_ = mailGetCharSet(info_->body);
+        header_ =
+            readHeader(folder_.file(), info_->offset, info_->bodyOffset - long{info_->offset});
+        parts_.clear();
+        MailBodyList** index = mailGetBody(info_->body);
+        for (MailBodyList** at = index; at && *at; at++) parts_.push_back((*at)->body);
+        mailFreeBodyIdx(index);
+    }
+    void enter(const std::string& number) {
+        size_t n = strtoul(number.c_str(), nullptr, 10);
+        bool isMessage =
+            n >= 1 && n <= parts_.size() && isType(*parts_[n - 1], kMessageType, "rfc822") &&
+            parts_[n - 1]->encoding != kQuotedPrintable && parts_[n - 1]->encoding != kBase64;
+        if (!isMessage) throw PageError(404, kTextNoSuchMessage);
+        load(parts_[n - 1]->bodyOffset, parts_[n - 1]->bodySize);
+    }
+
     Folder folder_;
-    int n_;
+    int n_, offset_ = 0, size_ = 0;
     std::unique_ptr<MailInfo, void (*)(MailInfo*)> info_;
     std::string header_, charSet_;
     std::vector<MailBody*> parts_;
@@ -145,9 +173,7 @@ void forward(Form& form, const Source& source, FormFolder& folder) {
     std::replace(name.begin(), name.end(), '/', '_');
     File out(fopen(folder.newFile(FileKind::kForwarded, name).c_str(), "wxe"), fclose);
     if (!out) throw PageError(507, kTextStorageFull);
-    FILE* in = source.folder().file();
-    if (fseeko(in, source.entry().offset, SEEK_SET) == 0)
-        strmXBit(out.get(), in, source.entry().size);
+    source.copy(out.get());
     checkWritten(out.get());
 }
 
