@@ -29,13 +29,31 @@ bool isAscii(const std::string& text) {
     return std::none_of(text.begin(), text.end(), [](char c) { return c < 0; });
 }
 
+/// Whether `mail` has none of the characters that only the extended forms of its set have (UHC,
+/// HKSCS): browsers read them under the set's name, other programs do not.
+bool isUnextended(const std::string& mail, const std::string& charSet) {
+    bool isKorean = charSet == "euc-kr";
+    if (!isKorean && charSet != "big5") return true;
+    for (size_t i = 0; i + 1 < mail.size(); i++) {
+        if (mail[i] >= 0) continue;
+        auto lead = static_cast<unsigned char>(mail[i]),
+             trail = static_cast<unsigned char>(mail[++i]);
+        int code = lead << 8 | trail;
+        bool isPlain =
+            isKorean ? lead >= 0xA1 && trail >= 0xA1
+                     : (code >= 0xA140 && code <= 0xC67E) || (code >= 0xC940 && code <= 0xF9D5);
+        if (!isPlain) return false;
+    }
+    return true;
+}
+
 /// Whether a reader of `charSet` gets the text as it was typed.
-bool arrives(const std::string& text, const std::string& charSet) {
+bool arrives(const std::string& text, const std::string& charSet, bool mayBeExtended) {
     if (isAscii(text) || charSet == "UTF-8") return true;
     if (charSet == "us-ascii" || !fitsInto(text, pageSetOf(charSet).c_str())) return false;
     std::string page = toSet(text, pageSetOf(charSet).c_str());
     std::string mail = takeText(mailEncodeCharSet(page.c_str(), charSet.c_str()));
-    return toUtf8(mail, charSet.c_str()) == text;
+    return toUtf8(mail, charSet.c_str()) == text && (mayBeExtended || isUnextended(mail, charSet));
 }
 
 std::vector<std::string> candidates(const Form& form) {
@@ -128,7 +146,7 @@ std::optional<std::string> chooseCharSet(const Form& form, const Sender& sender,
     for (const FormFile& file : files)
         if (file.kind != FileKind::kForwarded) all += file.name;
     for (const std::string& charSet : candidates(form))
-        if (arrives(all, charSet)) return charSet;
+        if (arrives(all, charSet, form.charSet != kAutomaticSet)) return charSet;
     return std::nullopt;
 }
 

@@ -129,6 +129,7 @@ TEXTS = [("eng", "plain words", "Kim Cheol Su", "notes.txt", "us-ascii"),
          ("jpn", LONG["jpn"], "田中 表子", "会議 a の日程表ソと能力の予定表です.pdf", "iso-2022-jp"),
          ("chn", LONG["chn"], "张三", "报告 a 会议日程安排的说明文件名称.doc", "gb2312"),
          ("eng", "許功蓋 妳們好嗎 a 會議", "許功蓋", "許功蓋這們.txt", "big5"),
+         ("kor", "똠방각하", "김", "문서.txt", "utf-8"),
          ("eng", "Grüße aus Köln, ça va", "Jörg", "Größe.txt", "iso-8859-1"),
          ("kor", "안녕 こんにちは 😀 é " * 4 + ".", "김 é 😀", "문서 é 😀 이름이 매우 긴 파일.txt", "utf-8")]
 
@@ -233,6 +234,14 @@ def check_answers():
     inner = [p for p in m.walk() if p.get_content_type() == "message/rfc822"][0].get_content()
     expect("forwarded", (str(m["subject"]), inner["message-id"], inner.get_payload(decode=True).decode("cp949")),
            ("Fwd: RE: 회의", "<one@b.example>", "<p>똠방 &lt;b&gt;<br>둘 &hearts;&#9829;</p>"))
+    with open(f"{SITE}/spool/k/i/kim", "w") as out:
+        out.write("From - Mon Jan  5 10:00:00 2004\nFrom: outer@b.example\nContent-Type: multipart/mixed; boundary=b\n\n--b\n\nx"
+                  "\n--b\nContent-Type: message/rfc822\n\n" + MESSAGE.split("\n", 1)[1].format(*encoded) + "--b--\n")
+    query = "fldrname=inbox&select=1&part=2&cmd="
+    form = values(cgi(query + "reply")[1])
+    cgi("", {**values(cgi(query + "forward")[1]), "to": "lee@localhost", "action": "send"})
+    inner = [p for p in taken()[0][2].walk() if p.get_content_type() == "message/rfc822"][0].get_content()
+    expect("message in a message", (form["to"], inner["message-id"]), ("list@b.example", "<one@b.example>"))
 
 
 def check_hostile():
