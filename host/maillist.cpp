@@ -90,12 +90,6 @@ RowDate dateOf(time_t t) {
     return date;
 }
 
-std::string sizeText(int bytes) {
-    return bytes < 1024          ? std::to_string(bytes) + " B"
-           : bytes < 1024 * 1024 ? std::to_string(bytes / 1024) + " KB"
-                                 : std::to_string(bytes / 1024 / 1024) + " MB";
-}
-
 int pageSizeOf(const User& user) {
     MailPreference preference = {};
     mailGetPreference(user.id.c_str(), conf.mailDomainName, &preference);
@@ -128,7 +122,7 @@ void printRow(Page& page, const ListView& view, const Row& row, bool checked) {
                                                                        : subject);
     RowDate date = dateOf(row.date);
     page.text("WHEN", date.shown).text("ISODATE", date.exact);
-    page.text("SIZE", sizeText(row.size));
+    page.text("SIZE", sizeText(static_cast<uint64_t>(row.size)));
     page.print("maillist_row.html");
 }
 

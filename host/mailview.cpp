@@ -75,7 +75,7 @@ std::optional<MessageRef> answer(const Request& request, const User& user) {
     if (!n) throw PageError(404, kTextNoSuchMessage);
     command.run({request, user, folder, n, partPath(request.value("part"))});
     if (command.run != showPage || folder.entry(n).status & FLDR_READ) return {};
-    return MessageRef{n, folder.entry(n).msgId};
+    return MessageRef{n, messageKey(folder.entry(n))};
 }
 
 void run() {

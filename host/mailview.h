@@ -21,7 +21,8 @@ struct View {
     int number;     // of the message in the folder
     PartPath path;  // of the field "part"
 
-    std::string id() const { return folder.entry(number).msgId; }
+    /// The message's key, by which links find it in a folder that has changed.
+    std::string id() const { return messageKey(folder.entry(number)); }
     /// The message that the path leads to.
     Message open() const { return {folder, number, path}; }
     /// "fldrname=...&select=...&msgid=..." and, for a path, "&part=...", to stand in a query.

@@ -163,7 +163,7 @@ void showBody(const View& view) {
     Message message = view.open();
     std::string charSet = message.charSet();
     Body body(message);
-    std::string id = strSafeAssign(message.info()->messageId);
+    std::string id = view.path.empty() ? view.id() : strSafeAssign(message.info()->messageId);
     MailView shown{};
     shown.message = message.root();
     shown.file = body.file();
