@@ -61,7 +61,9 @@ class MessagePage {
         std::string rows;
         for (int n : files) rows += fileRow(n);
         page_.markup("FILEROWS", rows);
+        page_.markup("FILECOUNT", std::to_string(files.size()));
         include("FILES", "mailview_files.html", !files.empty());
+        include("FILELINK", "mailview_filelink.html", !files.empty());
         page_.respond("mailview.html", view_.user);
     }
 
