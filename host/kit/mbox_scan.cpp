@@ -12,14 +12,13 @@ namespace host {
 
 namespace {
 
-constexpr size_t kBlock = 1 << 20, kLineMax = 29999, kHeaderMax = 1 << 20;
+constexpr size_t kBlock = 1 << 20;
+constexpr size_t kLineMax = 29999;  // of a line, as much is judged
 
-size_t readAt(int fd, char* to, size_t count, off_t at) {
-    size_t done = 0;
-    for (ssize_t n; done < count &&
-                    (n = pread(fd, to + done, count - done, at + static_cast<off_t>(done))) > 0;)
-        done += static_cast<size_t>(n);
-    return done;
+/// Where `what` stands at or behind `from`; the length of the text when it does not.
+size_t findText(std::string_view text, std::string_view what, size_t from) {
+    const void* at = memmem(text.data() + from, text.size() - from, what.data(), what.size());
+    return at ? static_cast<size_t>(static_cast<const char*>(at) - text.data()) : text.size();
 }
 
 bool isFromLine(std::string_view text) {
@@ -38,28 +37,34 @@ size_t headerEnd(std::string_view text) {
 
 }  // namespace
 
-std::vector<EntrySpan> findMessages(int fd) {
+MboxScan::MboxScan(int fd) : fd_(fd), buffer_(kBlock + kLineMax, 0) {}
+
+std::string_view MboxScan::load(long at) {
+    begin_ = at;
+    held_ = 0;
+    for (ssize_t n;
+         held_ < buffer_.size() && (n = pread(fd_, buffer_.data() + held_, buffer_.size() - held_,
+                                              at + static_cast<off_t>(held_))) > 0;)
+        held_ += static_cast<size_t>(n);
+    return {buffer_.data(), held_};
+}
+
+std::vector<EntrySpan> MboxScan::messages() {
     std::vector<EntrySpan> found;
-    std::string buffer(kBlock + kLineMax, 0);
     long end = 0;
+    bool startsLine = true;
     for (long base = 0; base < INT_MAX; base += static_cast<long>(kBlock)) {
         // Lines that start in this block; the bytes behind it are looked at only to judge them.
-        size_t got = readAt(fd, buffer.data(), buffer.size(), base);
-        std::string_view text(buffer.data(), got);
-        end = base + static_cast<long>(got);
+        std::string_view text = load(base);
+        end = base + static_cast<long>(text.size());
         auto judge = [&](size_t at) {
-            if (at < kBlock && isFromLine(text.substr(at)))
-                found.push_back({base + static_cast<long>(at), 0});
+            if (isFromLine(text.substr(at))) found.push_back({base + static_cast<long>(at), 0});
         };
-        char before = '\n';
-        if (base > 0) readAt(fd, &before, 1, base - 1);
-        if (before == '\n' && text.starts_with("From")) judge(0);
-        for (const char* at = text.data();
-             (at = static_cast<const char*>(
-                  memmem(at, static_cast<size_t>(text.data() + got - at), "\nFrom", 5))) != nullptr;
-             at++)
-            judge(static_cast<size_t>(at - text.data()) + 1);
-        if (got < buffer.size()) break;
+        if (startsLine && text.starts_with("From ")) judge(0);
+        size_t most = std::min(kBlock - 1, text.size());
+        for (size_t lf = 0; (lf = findText(text, "\nFrom ", lf)) < most; lf++) judge(lf + 1);
+        if (text.size() < buffer_.size()) break;
+        startsLine = text[kBlock - 1] == '\n';
     }
     if (found.size() > FLDR_MAX_MSGS) {
         end = found[FLDR_MAX_MSGS].offset;
@@ -70,19 +75,22 @@ std::vector<EntrySpan> findMessages(int fd) {
     return found;
 }
 
-std::string headerBlock(int fd, const EntrySpan& message) {
-    std::string block;
-    auto most = static_cast<size_t>(std::min<long>(message.size, kHeaderMax));
-    for (size_t size = 4096;; size *= 4) {
-        size_t old = block.size();
-        block.resize(std::min(size, most));
-        size_t got = readAt(fd, block.data() + old, block.size() - old,
-                            message.offset + static_cast<off_t>(old));
-        block.resize(old + got);
-        size_t end = headerEnd(block);
-        if (end != block.npos) block.resize(end);
-        if (end != block.npos || block.size() >= most || got == 0) return block;
+std::string_view MboxScan::header(const EntrySpan& message) {
+    auto part = [&] {
+        std::string_view held(buffer_.data(), held_);
+        bool inside =
+            message.offset >= begin_ && message.offset < begin_ + static_cast<long>(held_);
+        held = inside ? held.substr(static_cast<size_t>(message.offset - begin_)) : "";
+        return held.substr(0, std::min(held.size(), static_cast<size_t>(message.size)));
+    };
+    std::string_view text = part();
+    size_t end = headerEnd(text);
+    if (end == text.npos && text.size() < static_cast<size_t>(message.size)) {
+        load(message.offset);
+        text = part();
+        end = headerEnd(text);
     }
+    return text.substr(0, end);
 }
 
 }  // namespace host

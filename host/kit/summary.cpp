@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <map>
 #include <memory>
 #include <unordered_map>
 
@@ -77,13 +76,13 @@ struct Parsed {
     std::string key, from, to, subject;
 };
 
-Parsed parse(FILE* file, const EntrySpan& span, const std::string& header) {
+Parsed parse(const std::string& header) {
     Parsed p = {};
-    MailInfo* mail =
-        mailGetHeaderInfo(static_cast<int>(span.offset), static_cast<int>(span.size), file);
+    auto size = static_cast<int>(header.size());
+    OpenFile file(fmemopen(const_cast<char*>(header.data()), header.size(), "r"));
+    MailInfo* mail = mailGetHeaderInfo(0, size, file.get());
     if (!mail) throw PageError(503, kTextInternalError);
     std::string set = strSafeAssign(mail->body ? mail->body->charSet : nullptr);
-    p.row.status = mail->status;
     p.row.priority = mail->priority;
     p.row.date = mail->date;
     p.key = keyOf(*mail);
@@ -93,6 +92,32 @@ Parsed parse(FILE* file, const EntrySpan& span, const std::string& header) {
     p.to = shownAddress(header, "To", set);
     return p;
 }
+
+/// Takes the Status lines off a header, so that what else is in it can be compared, and gives the
+/// marks that they hold.
+unsigned takeStatus(std::string& header) {
+    constexpr const char* kField = "\nStatus:";
+    unsigned status = 0;
+    for (size_t at = 0; (at = header.find("\nS", at)) != header.npos;) {
+        if (strNCaseCmp(header.c_str() + at, kField, 8) != 0) {
+            at++;
+            continue;
+        }
+        size_t end = std::min(header.find('\n', at + 1), header.size());
+        for (char c : std::string_view(header).substr(at + 8, end - at - 8))
+            status |= c == 'R' ? FLDR_READ : c == 'O' ? FLDR_OLD : 0;
+        header.erase(at, end - at);
+    }
+    return status;
+}
+
+struct DigestHash {
+    size_t operator()(const Digest& digest) const {
+        size_t hash;
+        memcpy(&hash, digest.data(), sizeof hash);
+        return hash;
+    }
+};
 
 }  // namespace
 
@@ -118,33 +143,35 @@ Summary::Summary(const User& user, const std::string& folder) {
 }
 
 void Summary::build(int fd, const Summary* old) {
-    std::map<Digest, const Row*> known;
+    std::unordered_map<Digest, const Row*, DigestHash> known;
     for (const Row& row : old->rows_) known.emplace(row.digest, &row);
-    OpenFile file(fdopen(fcntl(fd, F_DUPFD_CLOEXEC, 0), "r"));
-    if (!file) throw PageError(503, kTextInternalError);
     std::vector<std::array<size_t, 4>> lengths;
-    auto add = [&](const Row& row, std::array<std::string_view, 4> texts) {
+    auto add = [&](const Row& row, const std::array<std::string_view, 4>& texts) {
         rows_.push_back(row);
-        rows_.back().number = static_cast<int>(rows_.size());
         lengths.emplace_back();
         for (size_t i = 0; i < texts.size(); i++) {
             texts_ += texts[i];
             lengths.back()[i] = texts[i].size();
         }
     };
-    for (const EntrySpan& span : findMessages(fd)) {
-        std::string header = headerBlock(fd, span);
+    MboxScan scan(fd);
+    std::string header;
+    for (const EntrySpan& span : scan.messages()) {
+        header = scan.header(span);
+        unsigned status = takeStatus(header);
         Digest digest = digestOf(header);
         auto same = known.find(digest);
         if (same != known.end()) {
             const Row& row = *same->second;
             add(row, {row.key, row.from, row.to, row.subject});
         } else {
-            Parsed p = parse(file.get(), span, header);
+            Parsed p = parse(header);
             p.row.digest = digest;
             add(p.row, {p.key, p.from, p.to, p.subject});
         }
+        rows_.back().number = static_cast<int>(rows_.size());
         rows_.back().size = static_cast<int>(span.size);
+        rows_.back().status = status;
     }
     std::string_view rest = texts_;
     for (size_t i = 0; i < rows_.size(); i++) {

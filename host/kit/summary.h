@@ -4,7 +4,7 @@
 // What a list page shows of a folder, kept in a file of the user's mailbox directory: a folder of
 // 30,000 messages is not read again for each page. The file counts only while the folder is the
 // very one that was read (device, inode, size and times); when the folder has changed, rows whose
-// header block is the same, byte for byte, are taken over, and only new ones are parsed.
+// header block is the same but for its Status line are taken over, and only new ones are parsed.
 
 #include <sys/stat.h>
 
@@ -30,7 +30,7 @@ class Summary {
         unsigned status;
         int priority, size;
         time_t date;
-        std::array<unsigned char, 16> digest;  // of the header block
+        std::array<unsigned char, 16> digest;  // of the header block without Status
         std::string_view key;                  // messageKey()
         std::string_view from, to, subject;    // a name, or an address without one
     };
