@@ -23,10 +23,6 @@
 
 #include "kit/language.h"
 #include "kit/text.h"
-#include "support/host.h"
-
-MailConf conf;
-MailAdminPreference admOptions;
 
 namespace host {
 

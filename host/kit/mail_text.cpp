@@ -25,6 +25,14 @@ bool isUtfName(const std::string& set) {
     return strNCaseCmp(set.c_str(), "utf-", 4) == 0;
 }
 
+/// Whether every set that mail uses, and `set` too, reads the bytes as ASCII.
+bool isPlainAscii(const std::string& text, const std::string& set) {
+    bool plain = std::none_of(text.begin(), text.end(),
+                              [](char c) { return c < 0 || c == '\x1B' || c == '~' || c == '+'; });
+    return plain && strNCaseCmp(set.c_str(), "utf-16", 6) != 0 &&
+           strNCaseCmp(set.c_str(), "utf-32", 6) != 0;
+}
+
 bool isKnown(const std::string& set) {
     if (strCaseCmp(set.c_str(), "us-ascii") == 0 || strCaseCmp(set.c_str(), "ascii") == 0)
         return false;
@@ -159,7 +167,7 @@ std::string extendedValue(const std::map<std::string, std::string>& params,
 std::string mailToUtf8(std::string_view bytes, const std::string& set) {
     std::string text(bytes);
     std::erase(text, '\0');
-    if (text.empty()) return text;
+    if (text.empty() || isPlainAscii(text, set)) return text;
     std::string from = isKnown(set) ? set : likelySet(text);
     if (!isUtfName(from))
         if (char* page = mailDecodeCharSet(text.c_str(), from.c_str()))

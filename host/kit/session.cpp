@@ -14,9 +14,6 @@
 #include "support/support.h"
 #include "text.h"
 
-MailConf conf;
-MailAdminPreference admOptions;
-
 namespace host {
 
 namespace {
