@@ -141,7 +141,12 @@ class ReplyTime {
 bool readReplyLine(FILE* stream, ReplyTime& time, char (&line)[kReplyLineMax]) {
     size_t length = 0;
     for (int budget = 64 * kReplyLineMax, c = 0; c != '\n'; budget--) {
-        if (budget == 0 || !time.goesOn() || (c = getc(stream)) == EOF) return false;
+        if (budget == 0 || !time.goesOn()) return false;
+        if ((c = getc(stream)) == EOF) {
+            if (!ferror(stream) || errno != EINTR) return false;
+            clearerr(stream);  // a timer of the calling program
+            continue;
+        }
         if (length < kReplyLineMax - 1) line[length++] = static_cast<char>(c);
     }
     line[length] = 0;

@@ -3,6 +3,8 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <csignal>
+#include <cstring>
 #include <sstream>
 
 #include "kit/calls.h"
@@ -90,6 +92,34 @@ TEST_F(Smtp, SocketsRefuseWhatIsNoHost) {
     kit::ScriptServer server({""});
     for (const char* host : {"[127.0.0.1]x", "[127.0.0.1]:25:1"})
         EXPECT_LT(sockConnect(host, server.port()), 0) << host;
+}
+
+// A program with a timer loses no delivery.
+TEST_F(Smtp, AReplySurvivesInterruptions) {
+    int ends[2];
+    ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM, 0, ends), 0);
+    static std::atomic<int> ticks;
+    struct sigaction onTick = {};
+    onTick.sa_handler = [](int) { ticks++; };
+    sigaction(SIGALRM, &onTick, nullptr);
+    itimerval timer = {{0, 1000}, {0, 1000}};
+    setitimer(ITIMER_REAL, &timer, nullptr);
+    std::thread server([&] {
+        sigset_t alarms;
+        sigemptyset(&alarms);
+        sigaddset(&alarms, SIGALRM);
+        pthread_sigmask(SIG_BLOCK, &alarms, nullptr);
+        for (const char* piece : {"2", "50-a\n250", " b\n"}) {
+            for (int seen = ticks; ticks < seen + 3;) usleep(500);
+            send(ends[1], piece, strlen(piece), MSG_NOSIGNAL);
+        }
+    });
+    kit::File in(fdopen(ends[0], "r"));
+    EXPECT_EQ(sockGetStatCode(in.get()), 250);
+    timer = {};
+    setitimer(ITIMER_REAL, &timer, nullptr);
+    server.join();
+    close(ends[1]);
 }
 
 // Byte by byte, each in time: without a bound on the whole reply it would go on for an hour.
