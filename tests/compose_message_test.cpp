@@ -142,6 +142,13 @@ TEST_F(ComposeMessage, NoTextCanForeseeTheBoundary) {
     mailFreeBodyIdx(index);
 }
 
+TEST_F(ComposeMessage, AFullDiskShowsInTheStream) {
+    kit::File full(fopen("/dev/full", "w"));
+    mailCompose("a@b", "c@d", "", nullptr, nullptr, 3, 1, "s", "text", nullptr, 3, 3, 0, "", "id",
+                "", 0, full.get());
+    EXPECT_TRUE(fflush(full.get()) != 0 || ferror(full.get()));
+}
+
 TEST_F(ComposeMessage, SealedMessagesTellTheirId) {
     kit::File out(tmpfile());
     string id = smimeMailCompose("a@b", "", "c", "", nullptr, 2, 0, "", "", nullptr, 3, 3, 5, "",
