@@ -3,6 +3,7 @@
 // that the callback prints are first brought into one page set that holds them, in a file of their
 // own, to which the nodes of the message then point.
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
@@ -18,7 +19,7 @@ namespace host {
 
 namespace {
 
-constexpr size_t kShownMax = 8 << 20;        // bytes of one text
+constexpr size_t kShownMax = 4 << 20;        // bytes of one text
 constexpr const char* kPageText = "x-page";  // a set that no library knows: text stays as it is
 constexpr int kEightBit = 1;
 
@@ -39,6 +40,7 @@ std::string read(const Message& message, MailBody& part, bool& cut) {
         bytes += piece.substr(0, kShownMax - bytes.size());
         return !cut;
     });
+    if (cut) bytes.resize(std::min(bytes.size(), bytes.rfind('\n')));  // no half character
     return bytes;
 }
 

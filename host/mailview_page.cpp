@@ -15,6 +15,8 @@ namespace host {
 
 namespace {
 
+constexpr size_t kSubjectMax = 1000;  // characters
+
 /// What a callback of the library prints, which is in `set`, as UTF-8.
 std::string printed(PrintFn callback, void* bound, const char* set) {
     char* text = nullptr;
@@ -50,7 +52,7 @@ class MessagePage {
         : view_(view), message_(view.open()), page_(pageSet().c_str()) {}
 
     void respond() {
-        std::string subject = message_.subject();
+        std::string subject = shortened(message_.subject(), kSubjectMax);
         page_.text("SUBJECT", subject.empty() ? message(kTextNoSubject) : subject);
         page_.text("QUERY", view_.query());
         page_.text("FOLDER", view_.folder.name()).currentFolder(view_.folder.name());
