@@ -1,7 +1,4 @@
-// Texts in place, growable texts, clock parts and names.
-
-#include <climits>
-#include <cstring>
+// Texts in place, growable texts, names of days and months.
 
 #include "kit/calls.h"
 
