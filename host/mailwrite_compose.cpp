@@ -166,8 +166,7 @@ ComposedMessage::ComposedMessage(const Form& form, const Sender& sender,
     // multipart message are converted from the page set.
     int bodyType = form.isHtml || form.receipt ? kHtmlBody : kPlainBody;
     int sendMode = strCaseCmp(pageSet.c_str(), charSet.c_str()) == 0 ? 0 : kAlwaysMultipart;
-    mailCompose(from.c_str(), addressesFor(recipients.to, pageSet).c_str(),
-                addressText(parseAddresses(sender.replyTo)).c_str(),
+    mailCompose(from.c_str(), addressesFor(recipients.to, pageSet).c_str(), sender.replyTo.c_str(),
                 addressesFor(recipients.cc, pageSet).c_str(), "", form.priority, bodyType,
                 toSet(form.subject, pageSet.c_str()).c_str(), toSet(body, pageSet.c_str()).c_str(),
                 entries.list(), form.headerEncoding, encoding, sendMode, charSet.c_str(),

@@ -155,9 +155,13 @@ void FormFolder::setNote(const char* name, const std::string& text) {
 }
 
 bool isWithinLimits(const std::vector<FormFile>& files) {
-    long bytes = 0;
-    for (const FormFile& file : files) bytes += file.size;
-    return files.size() <= static_cast<size_t>(std::max(admOptions.attachFileLimitNum, 0)) &&
+    long bytes = 0, count = 0;
+    for (const FormFile& file : files) {
+        if (file.kind == FileKind::kForwarded) continue;
+        bytes += file.size;
+        count++;
+    }
+    return count <= std::max(admOptions.attachFileLimitNum, 0) &&
            bytes <= static_cast<long>(std::max(admOptions.attachFileLimitSize, 0)) << 20;
 }
 

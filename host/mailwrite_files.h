@@ -64,7 +64,8 @@ class FormFolder {
     int lock_;
 };
 
-/// How many files and bytes a message may have (attachFileLimitNum, attachFileLimitSize in MiB).
+/// Whether a message may have these (attachFileLimitNum, attachFileLimitSize in MiB); forwarded
+/// messages, which the site has taken already, do not count.
 bool isWithinLimits(const std::vector<FormFile>& files);
 
 }  // namespace host

@@ -148,7 +148,9 @@ Sender::Sender(const User& user) : address(user.address()) {
         return oneLine(isUtf8(text) ? text : toUtf8(text, pageLanguage().charSet));
     };
     name = utf8(preference.emailName);
-    replyTo = utf8(preference.replyTo);
+    // The composer writes this text as it stands: bare addresses are ASCII.
+    for (const Address& a : parseAddresses(utf8(preference.replyTo)))
+        if (a.isValid()) replyTo += (replyTo.empty() ? "" : ", ") + a.mail;
     std::string text = readFile(user.home() + "/signature.txt", kSignatureMax).value_or("");
     signature = plainLines(toUtf8(text, "UTF-8"));
     while (!signature.empty() && signature.back() == '\n') signature.pop_back();

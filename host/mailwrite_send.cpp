@@ -44,6 +44,7 @@ std::vector<std::string> envelope(const Recipients& recipients) {
                              [&](const Address& b) { return b.isSame(a.mail); }))
                 all.push_back(a);
     std::vector<std::string> mails;
+    mails.reserve(all.size());
     for (const Address& a : all) mails.push_back(a.mail);
     return mails;
 }

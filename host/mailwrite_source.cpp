@@ -234,6 +234,8 @@ void fillForm(Form& form, const Request& request, const User& user, FormFolder& 
     bool isReply = command == "reply" || command == "replyall";
     if (!isReply && command != "forward" && command != "draft")
         throw PageError(400, kTextBadRequest);
+    if (command == "draft" && request.value("fldrname") != "drafts")
+        throw PageError(400, kTextBadRequest);
     Source source(user, request);
     if (isReply) return reply(form, source, user, command == "replyall");
     return command == "forward" ? forward(form, source, folder) : goOn(form, source, folder);

@@ -11,8 +11,8 @@
 namespace host {
 
 /// Fills the form for the command "new", "reply", "replyall", "forward" or "draft" of the request;
-/// files of the message go into the folder. PageError 400 for another command, 404 when the message
-/// is gone.
+/// files of the message go into the folder. PageError 400 for another command and for a draft of
+/// another folder than "drafts", 404 when the message is gone.
 void fillForm(Form& form, const Request& request, const User& user, FormFolder& folder);
 
 /// The text that a reader sees of HTML source: lines at the ends of blocks, character references

@@ -269,6 +269,11 @@ def check_hostile():
     expect("far over the limit", (cgi("", new(), [("attach", "big", b"x" * 30_000_000)])[0], taken()), (413, []))
     left = [f for f in glob.glob(f"{MBOX}/upload/**", recursive=True) if os.path.isfile(f) and "/upload-" in f]
     expect("uploads left behind", left, [])
+    subprocess.run([f"{BUILD}/bin/attalven", "prefs", "set", "kim", "EMAIL_NAME=김\" 철수", "REPLY_TO=김 <reply@localhost>"],
+                   env={**os.environ, "ATTALVEN_SITE": SITE}, check=True, stdout=subprocess.DEVNULL)
+    cgi("", new())
+    m = taken()[0][2]
+    expect("sender", (m["from"].addresses[0].display_name, str(m["reply-to"])), ("김\" 철수", "reply@localhost"))
 
 
 def main():
