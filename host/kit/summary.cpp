@@ -219,12 +219,13 @@ bool Summary::load(const std::string& path) {
     SummaryHead head;
     if (!file || file->size() < sizeof head) return false;
     memcpy(&head, file->data(), sizeof head);
-    texts_ = std::move(*file);
-    std::string_view rest = std::string_view(texts_).substr(sizeof head);
+    std::string_view rest = std::string_view(*file).substr(sizeof head);
     auto count = static_cast<size_t>(head.all);
     if (!head.isSound() || rest.size() != static_cast<size_t>(head.contentSize) ||
         digestOf(rest) != head.content || count > rest.size() / sizeof(StoredRow))
         return false;
+    texts_ = std::move(*file);
+    rest = std::string_view(texts_).substr(sizeof head);
     std::string_view texts = rest.substr(count * sizeof(StoredRow));
     rows_.reserve(count);
     for (size_t n = 1; n <= count; n++) {

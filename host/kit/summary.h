@@ -41,7 +41,8 @@ class Summary {
     Summary(const Summary&) = delete;
     Summary& operator=(const Summary&) = delete;
 
-    const std::vector<Row>& rows() const { return rows_; }
+    const std::vector<Row>& rows() const& { return rows_; }
+    void rows() const&& = delete;
     FolderCounts counts() const;
 
   private:

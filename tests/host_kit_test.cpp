@@ -1,0 +1,212 @@
+// The page kit of the web mail: what a list shows of each mail, what survives a stale page or a
+// full disk, and what a form says.
+
+#include <signal.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <map>
+
+#include "host/kit/folder.h"
+#include "host/kit/mbox_scan.h"
+#include "host/kit/request.h"
+#include "host/kit/summary.h"
+#include "kit/site.h"
+
+namespace {
+
+using host::Summary;
+
+class HostKit : public kit::Site {
+  protected:
+    HostKit() { admOptions.passwdFlag = 0; }
+    host::User kim{"kim", false};
+    std::string path(const std::string& folder) { return host::folderPath(kim, folder); }
+    void fill(const std::string& folder, const std::string& content) {
+        kit::writeFile(path(folder), content);
+    }
+    /// What the list shows: number, mark, sender, subject.
+    std::string list(const std::string& folder) {
+        std::string text;
+        Summary summary(kim, folder);
+        for (const Summary::Row& row : summary.rows())
+            text += std::to_string(row.number) + (row.status & FLDR_READ ? "r " : " ") +
+                    std::string(row.key) + " " + std::string(row.subject) + "\n";
+        return text;
+    }
+};
+
+std::string mail(const std::string& id, const std::string& subject) {
+    return "From a@example.org Mon Jan  5 00:00:00 2004\nFrom: a@example.org\nMessage-ID: <" + id +
+           ">\nSubject: " + subject + "\n\ntext\n\n";
+}
+
+/// The texts of a key in a file with one `"key": "text",` a line.
+std::vector<std::string> jsonTexts(const std::string& file, const std::string& key) {
+    std::ifstream in(file);
+    std::vector<std::string> texts;
+    for (std::string line; std::getline(in, line);) {
+        size_t at = line.find("\"" + key + "\": \"");
+        if (at == std::string::npos) continue;
+        std::string text;
+        for (size_t i = at + key.size() + 5; line[i] != '"'; i++)
+            text += line[i] == '\\' ? line[++i] : line[i];
+        texts.push_back(text);
+    }
+    return texts;
+}
+
+TEST_F(HostKit, ListShowsSubjectsAndSendersOfAllSets) {
+    fill("inbox", kit::readFile(TEST_DATA "/sample.mbox"));
+    std::vector<std::string> subjects = jsonTexts(TEST_DATA "/sample.json", "subject"),
+                             names = jsonTexts(TEST_DATA "/sample.json", "from_name"),
+                             addresses = jsonTexts(TEST_DATA "/sample.json", "address");
+    for (const char* source : {"parsed", "from its file"}) {
+        Summary summary(kim, "inbox");
+        ASSERT_EQ(summary.rows().size(), subjects.size()) << source;
+        for (size_t i = 0; i < subjects.size(); i++) {
+            EXPECT_EQ(summary.rows()[i].subject, subjects[i]) << source << i + 1;
+            EXPECT_EQ(summary.rows()[i].from, names[i].empty() ? addresses[i] : names[i]) << i + 1;
+        }
+    }
+}
+
+TEST_F(HostKit, ScanAgreesWithTheIndex) {
+    std::string text = kit::readFile(TEST_DATA "/sample.mbox");
+    // From_ lines around the end of a block of the scan, whole, cut and quoted.
+    for (int shift = -60; shift < 3; shift++) {
+        text += mail("s" + std::to_string(shift), "x") + ">From a Mon Jan 1\n";
+        size_t block = (text.size() / (1 << 20) + 1) * (1 << 20);
+        text += std::string(block - text.size() + static_cast<size_t>(shift + 70) - 71, 'y') + "\n";
+    }
+    text += "From " + std::string(40000, 'z') + " Mon\nFrom a Xxx Jan 1\nFrom  two\nFrom ";
+    kit::File file = kit::fileOf(text);
+    Fldr* index = fldrProcessing(file.get());
+    std::vector<host::EntrySpan> found = host::MboxScan(fileno(file.get())).messages();
+    ASSERT_EQ(static_cast<int>(found.size()), fldrMsgMax(index));
+    for (int n = 1; n <= fldrMsgMax(index); n++) {
+        EXPECT_EQ(found[static_cast<size_t>(n - 1)].offset, fldrMsgEntryPos(n, index));
+        EXPECT_EQ(found[static_cast<size_t>(n - 1)].size, fldrMsgSize(n, index)) << n;
+    }
+    fldrFree(index);
+}
+
+TEST_F(HostKit, ListFollowsEveryChange) {
+    fill("inbox", mail("1", "one") + mail("2", "two") + mail("3", "three"));
+    EXPECT_EQ(list("inbox"), "1 1 one\n2 2 two\n3 3 three\n");
+    auto markRead = [](Fldr* index, const std::vector<int>& numbers) {
+        for (int n : numbers) fldrMsgSetRead(n, index);
+        fldrStatusSet(1);
+    };
+    host::changeFolder(kim, "inbox", {{3, "3"}}, markRead);
+    EXPECT_EQ(list("inbox"), "1 1 one\n2 2 two\n3r 3 three\n");
+    // The page was made when "2" was the second: it is the first now, and "1" is gone.
+    EXPECT_EQ(host::moveMessages(kim, "inbox", "trash", {{1, "1"}}), 1U);
+    EXPECT_EQ(host::moveMessages(kim, "inbox", "trash", {{2, "2"}, {1, "1"}, {9, "no"}}), 1U);
+    EXPECT_EQ(list("inbox"), "1r 3 three\n");
+    EXPECT_EQ(list("trash"), "1 1 one\n2 2 two\n");
+    host::FolderCounts counts = host::folderCounts(kim, "inbox");
+    EXPECT_EQ(counts.all * 10 + counts.unread, 10);
+    EXPECT_THROW(host::moveMessages(kim, "inbox", "../x", {{1, "3"}}), host::PageError);
+}
+
+TEST_F(HostKit, DamagedListIsMadeAgain) {
+    fill("inbox", mail("1", "one") + mail("2", "two"));
+    std::string expected = list("inbox"), file = kim.home() + "/inbox.list";
+    usleep(30000);
+    list("inbox");
+    std::string content = kit::readFile(file);
+    ASSERT_GT(content.size(), 100U);
+    for (size_t i = 0; i < content.size(); i += 3) {
+        std::string damaged = content;
+        damaged[i] = static_cast<char>(damaged[i] ^ 0x11);
+        kit::writeFile(file, i % 2 ? damaged : damaged.substr(0, i));
+        ASSERT_EQ(list("inbox"), expected) << i;
+    }
+}
+
+TEST_F(HostKit, FullDiskLosesNothing) {
+    std::string inbox = mail("1", "one") + mail("2", std::string(3000, 'x')),
+                trash = mail("0", "old");
+    fill("inbox", inbox);
+    fill("trash", trash);
+    signal(SIGXFSZ, SIG_IGN);
+    rlimit old, small;
+    getrlimit(RLIMIT_FSIZE, &old);
+    small = {trash.size() + 500, old.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &small);
+    int status = 0;
+    try {
+        host::moveMessages(kim, "inbox", "trash", {{1, "1"}, {2, "2"}});
+    } catch (const host::PageError& error) {
+        status = error.status;
+    }
+    setrlimit(RLIMIT_FSIZE, &old);
+    EXPECT_EQ(status, 507);
+    EXPECT_EQ(kit::readFile(path("inbox")), inbox);
+    EXPECT_EQ(kit::readFile(path("trash")), trash);
+    EXPECT_EQ(host::moveMessages(kim, "inbox", "trash", {{2, ""}}), 1U);
+    EXPECT_EQ(kit::filesIn(path("inbox").substr(0, path("inbox").rfind('/'))), 1);
+}
+
+/// Names and values of a form's fields and files, or the status of the error page.
+std::string formOf(const std::string& type, const std::string& body, const std::string& dir,
+                   const std::string& folder) {
+    kit::writeFile(dir + "/input", body);
+    if (!freopen((dir + "/input").c_str(), "r", stdin)) return "no input";
+    setenv("REQUEST_METHOD", "POST", 1);
+    setenv("CONTENT_TYPE", type.c_str(), 1);
+    setenv("CONTENT_LENGTH", std::to_string(body.size()).c_str(), 1);
+    std::string seen;
+    try {
+        host::Request request(folder);
+        for (const char* name : {"a", "b"})
+            for (const std::string& value : request.values(name))
+                seen += std::string(name) + "=" + value + ";";
+        for (const host::Upload& file : request.uploads())
+            seen += file.field + ":" + file.name + "(" + file.type +
+                    ")=" + kit::readFile(file.path) + ";";
+    } catch (const host::PageError& error) {
+        seen = std::to_string(error.status);
+    }
+    return seen;
+}
+
+TEST_F(HostKit, FormsSayWhatWasTyped) {
+    const std::string url = "application/x-www-form-urlencoded",
+                      multi = "multipart/form-data; boundary=X";
+    auto part = [](const std::string& head, const std::string& content) {
+        return "--X\r\nContent-Disposition: form-data; " + head + "\r\n\r\n" + content + "\r\n";
+    };
+    const std::string file =
+        "name=\"b\"; filename=\"C:\\d\\\xB0\xA1.txt\"\r\nContent-Type: text/plain";
+    const std::string end = "--X--\r\n", euc = part("name=\"_charset_\"", "EUC-KR");
+    admOptions.attachFileLimitSize = 1;
+    admOptions.attachFileLimitNum = 1;
+    struct Row {
+        std::string type, body, seen;
+    };
+    const Row rows[] = {
+        {url, "a=1%2B+%zz&a=%EA%B0%80&b", "a=1+ %zz;a=가;b=;"},
+        {url, "_charset_=euc-kr&a=%b0%a1%26%2312354%3B", "a=가あ;"},
+        {url, "_charset_=utf-8&a=%26%2312354%3B", "a=&#12354;;"},
+        {url, "_charset_=GB2312&a=%96%7C", "a=東;"},
+        {multi, part("name=\"a\"", "\r\n-X\r\n\r") + end, "a=\r\n-X\r\n\r;"},
+        {multi, euc + part(file, "1\r\n--Y\n2") + end, "b:가.txt(text/plain)=1\r\n--Y\n2;"},
+        {multi, part("name=\"b\"; filename=\"\"", "") + end, ""},
+        {multi, part(file, "") + part(file, "") + end, "413"},
+        {multi, part(file, std::string(10 << 20, 'x')) + end, "413"},
+        {multi, part("name=\"a\"", "cut"), "400"},
+        {"multipart/form-data", end, "400"},
+    };
+    for (const Row& row : rows)
+        EXPECT_EQ(formOf(row.type, row.body, dir, dir), row.seen) << row.body.substr(0, 80);
+    EXPECT_EQ(formOf(multi, part(file, "1") + end, dir, ""), "400") << "no place for files";
+    for (const auto& entry : std::filesystem::directory_iterator(dir))
+        EXPECT_EQ(entry.path().string().find("upload-"), std::string::npos) << "a file was left";
+}
+
+}  // namespace
