@@ -3,28 +3,23 @@
 
 #include <sys/stat.h>
 
-#include <cstring>
-
 #include "mail/config/settings_tables.h"
 #include "mail/mail.h"
 #include "site.h"
+#include "user_id.h"
 
 namespace cmd {
 
 namespace {
 
-/// A user of a mail domain. The library lets more characters into an id than a mail address should
-/// have; here the id is a plain one.
+/// A user of a mail domain.
 struct User {
     std::string id, domain;
 
     explicit User(const Options& options) : domain(options.value("domain", conf.mailDomainName)) {
         if (options.rest.empty()) throw UsageError("a user id, please");
         id = options.rest[0];
-        bool plain = id.size() >= 2 && id[0] != '.' && id[0] != '-';
-        for (char c : id)
-            plain &= attalven::isAlpha(c) || attalven::isDigit(c) || strchr("._-", c) != nullptr;
-        if (!plain || !mailChkValidUserId(id.c_str()))
+        if (!isPlainUserId(id))
             throw Failure("\"" + id + "\" is no user id here: 2 to 15 " +
                           (admOptions.allowCaseUserIdFlag ? "letters" : "small letters") +
                           ", digits, dots, hyphens, underscores" +

@@ -156,6 +156,13 @@ bool checkPassword(const std::string& id, const std::string& password) {
     return password.size() <= kPasswordMax && fits(password, hash) && known;
 }
 
+bool hasPassword(const std::string& id) {
+    std::vector<std::string> lines = linesOf(passwordFile());
+    return std::any_of(lines.begin(), lines.end(), [&](const std::string& line) {
+        return !id.empty() && line.starts_with(id + ":");
+    });
+}
+
 bool beginAttempt(const std::string& id, const std::string& address, time_t now) {
     ChangeLock lock(failureFile());
     if (!lock.held()) return false;

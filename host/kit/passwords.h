@@ -18,6 +18,9 @@ bool setPassword(const std::string& id, const std::string& password);
 /// Whether the password is the user's. Takes as long for a user that does not exist.
 bool checkPassword(const std::string& id, const std::string& password);
 
+/// Whether the user can log in: a user without a line is locked out.
+bool hasPassword(const std::string& id);
+
 /// Guessing: after 5 failures in 15 minutes of one user id or 20 of one address, more attempts are
 /// refused until 15 minutes passed since the last one. Every check of a password starts with
 /// beginAttempt(), which is false when it is refused and counts the attempt as failed, so that
