@@ -78,11 +78,7 @@ void logOut(const Request& request) {
 
 void chooseLanguage(const Request& request) {
     checkOrigin();
-    for (const Language& language : languages())
-        if (request.value("lang") == language.code)
-            headerLine("Set-Cookie",
-                       std::string("lang=") + language.code +
-                           "; Path=/cgi-auth/; HttpOnly; SameSite=Lax; Max-Age=31536000");
+    (void)languageLine(request.value("lang"));
     redirect("login.cgi");
 }
 

@@ -213,6 +213,17 @@ void headerLine(const std::string& name, const std::string& value) {
     write(line + "\n");
 }
 
+bool languageLine(const std::string& code) {
+    for (const Language& language : languages())
+        if (code == language.code) {
+            headerLine("Set-Cookie", "lang=" + code +
+                                         "; Path=/cgi-auth/; HttpOnly; SameSite=Lax; "
+                                         "Max-Age=31536000");
+            return true;
+        }
+    return false;
+}
+
 void redirect(const std::string& target) {
     responded = true;
     headerLine("Status", "303 See Other");

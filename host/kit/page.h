@@ -74,6 +74,10 @@ class Page {
 /// A header line that stands before the Content-Type line; names and values without line breaks.
 void headerLine(const std::string& name, const std::string& value);
 
+/// The header line that keeps the choice of the pages' language, "kor" for example. False, and
+/// nothing printed, when there is no such language.
+bool languageLine(const std::string& code);
+
 /// "303 See Other" to a page of this host after a POST (path and query below /cgi-auth/).
 void redirect(const std::string& target);
 
