@@ -12,6 +12,11 @@ set_tests_properties(corpus_oracle python_messages smtp_servers PROPERTIES SKIP_
 
 # The programs of the web mail, run by hand on a site of their build. Their limit on memory leaves no room for sanitizers.
 if(NOT ATTALVEN_SANITIZE)
+    add_test(NAME host_settings
+        COMMAND ${Python3_EXECUTABLE} ${CMAKE_CURRENT_SOURCE_DIR}/host/settings.py ${CMAKE_BINARY_DIR}
+            ${PROJECT_SOURCE_DIR}/build/peers/exim/usr/sbin/exim4 ${ATTALVEN_SYSCONFDIR}
+            ${CMAKE_CURRENT_BINARY_DIR}/host_settings)
+    set_tests_properties(host_settings PROPERTIES SKIP_RETURN_CODE 77 TIMEOUT 300 RESOURCE_LOCK site)
     add_test(NAME host_mailview
         COMMAND ${Python3_EXECUTABLE} ${CMAKE_CURRENT_SOURCE_DIR}/host/mailview.py ${CMAKE_BINARY_DIR})
     add_test(NAME host_mailwrite
