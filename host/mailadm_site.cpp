@@ -24,7 +24,7 @@ struct NumberField {
 };
 constexpr NumberField kNumbers[] = {
     {"recipients", &MailAdminPreference::oneTimeMailSendNum, 1, 1000},
-    {"attach_size", &MailAdminPreference::attachFileLimitSize, 1, 1 << 20},
+    {"attach_size", &MailAdminPreference::attachFileLimitSize, 1, 1000},
     {"attach_count", &MailAdminPreference::attachFileLimitNum, 1, 100},
     {"default_header_encoding", &MailAdminPreference::defaultHeaderEncoding, 1, 3},
     {"default_body_encoding", &MailAdminPreference::defaultBodyEncoding, 1, 3},

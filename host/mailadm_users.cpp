@@ -29,12 +29,14 @@ std::string takeUser(SettingsForm& form, const Request& request, const char* fie
     return form[field];
 }
 
-/// The site's greeting, in HTML because the site's signature, which the library adds, is HTML.
+/// The site's greeting, a whole HTML document: behind one, the library leaves the site's signature
+/// the HTML that it is.
 void sendWelcome(const std::string& id) {
     if (admOptions.admMailFlag != 1 || !admOptions.admMail || !*admOptions.admMail) return;
-    std::string body;
+    std::string body = "<HTML><BODY>\n";
     for (char c : escaped(toUtf8(admOptions.admMail, "UTF-8")))
-        body += c == '\n' ? std::string("<br>\n") : std::string(1, c);
+        body += c == '\n' ? std::string("<BR>\n") : std::string(1, c);
+    body += "</BODY></HTML>";
     std::string from = std::string(conf.adminId) + "@" + conf.mailDomainName;
     std::string to = id + "@" + conf.mailDomainName;
     mailSendMsg(from.c_str(), to.c_str(), kNormalPriority, kHtmlBody, admOptions.admMailSubject,
