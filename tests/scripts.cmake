@@ -24,3 +24,10 @@ if(NOT ATTALVEN_SANITIZE)
             ${ATTALVEN_SYSCONFDIR})
     set_tests_properties(host_mailview host_mailwrite PROPERTIES SKIP_RETURN_CODE 77 TIMEOUT 300 RESOURCE_LOCK site)
 endif()
+
+# The web mail in Chromium. A sanitizer build is too slow for it, and other builds look for their site elsewhere.
+if(NOT ATTALVEN_SANITIZE AND ATTALVEN_SYSCONFDIR STREQUAL "${CMAKE_BINARY_DIR}/site/conf")
+    add_test(NAME host_browser COMMAND node ${CMAKE_CURRENT_SOURCE_DIR}/host/browser/suite.mjs ${CMAKE_BINARY_DIR}
+        ${PROJECT_SOURCE_DIR}/build/modules)
+    set_tests_properties(host_browser PROPERTIES SKIP_RETURN_CODE 77 TIMEOUT 900 RESOURCE_LOCK site)
+endif()

@@ -1,0 +1,130 @@
+// What a user does: lists, changes, and what nobody may do.
+import assert from "node:assert/strict";
+import fs from "node:fs";
+
+const subjects = (page) => page.locator("table.mails tbody th.what a").allInnerTexts();
+const row = (page, subject) => page.locator("tr", { hasText: subject });
+const follow = (page, control) => Promise.all([page.waitForEvent("load"), control.first().click()]);
+const press = (page, name) => follow(page, page.getByRole("button", { name, exact: true }));
+const folder = (site, name) => `${site.root}cgi-auth/maillist.cgi?fldrname=${name}`;
+
+export async function lists(site) {
+    const { page, context } = await site.as("lee");
+    const first = await subjects(page);
+    await follow(page, page.getByRole("link", { name: "Next", exact: true }));
+    const second = await subjects(page);
+    assert.ok(first.length === 10 && second.length === 10 && !second.includes(first[0]));
+    await follow(page, page.getByRole("link", { name: "Size" }));
+    const bytes = (text) => parseFloat(text) * (text.includes("KB") ? 1024 : 1);
+    const sizes = (await page.locator("td.size").allInnerTexts()).map(bytes);
+    assert.deepEqual(sizes, [...sizes].sort((a, b) => b - a), "the largest first");
+    assert.ok(sizes[0] > 30000);
+    await page.goto(folder(site, "inbox"));
+    assert.equal(await page.locator(".mails tr.unread").count(), 10);
+    await row(page, first[1]).getByRole("checkbox").check();
+    await press(page, "Mark read");
+    assert.equal(await page.locator(".mails tr.unread").count(), 9);
+    await row(page, first[0]).getByRole("checkbox").check();
+    await press(page, "Delete");
+    assert.ok(!(await subjects(page)).includes(first[0]), "deleted");
+    await page.goto(folder(site, "trash"));
+    assert.deepEqual(await subjects(page), [first[0]]);
+    await page.getByRole("checkbox").check();
+    await press(page, "Restore to inbox");
+    await page.goto(folder(site, "inbox"));
+    assert.ok((await page.locator("main").innerText()).includes("36 messages"), "put back");
+    await press(page, "Mark all read");
+    assert.equal(await page.locator(".mails tr.unread").count(), 0);
+    await context.close();
+}
+
+export async function refusals(site) {
+    const { page, context } = await site.visitor();
+    const status = (address, form) => site.ask(context, address, form);
+    const list = "cgi-auth/maillist.cgi?fldrname=inbox", mail = "cgi-auth/mailview.cgi?fldrname=inbox&select=1";
+    assert.equal(await status(list), 403, "without a session");
+    await site.logIn(page, "kim", "wrong");
+    assert.equal(await page.getByRole("alert").innerText(), "User name or password is wrong.");
+    await site.logIn(page, "kim");
+    assert.equal(await status(list), 200);
+    const token = await page.locator("[name=token]").first().getAttribute("value");
+    const post = (form) => ({ fldrname: "inbox", ...form });
+    const ref = await page.locator("[name=msg]").first().getAttribute("value");
+    for (const [what, address, form, wanted] of [
+        ["a folder that is a path", "cgi-auth/maillist.cgi?fldrname=../../l/e/lee", null, 404],
+        ["another user's spool", "cgi-auth/mailview.cgi?fldrname=../../spool/l/e/lee&select=1", null, 404],
+        ["a number beyond the folder", "cgi-auth/mailview.cgi?fldrname=inbox&select=999", null, 404],
+        ["another's Message-ID", mail + "&msgid=nobody%40example.org&cmd=raw", null, 200],
+        ["a part that is none", mail + "&cmd=down&part=77", null, 404],
+        ["a change without a token", list, post({ cmd: "delete", msg: ref }), 403],
+        ["a forged token", list, post({ cmd: "delete", msg: ref, token: token.slice(0, -2) + "AA" }), 403],
+        ["a change by GET", `${list}&cmd=delete&msg=${encodeURIComponent(ref)}&token=${encodeURIComponent(token)}`, null, 200],
+        ["a program outside", "cgi-auth/..%2f..%2fbin/attalven", null, 404],
+        ["files of the site", "static/../../conf/attalven.conf", null, 404],
+    ]) assert.equal(await status(address, form), wanted, what);
+    await page.goto(folder(site, "inbox"));
+    assert.ok((await page.locator("main").innerText()).includes("36 messages"), "nothing was deleted");
+    const cookies = await context.cookies();
+    for (const cookie of cookies) assert.ok(cookie.httpOnly && cookie.sameSite === "Strict", cookie.name);
+    const auth = cookies.find((c) => c.name === "auth");
+    const [name, expires, signature] = auth.value.split(".");
+    const lee = Buffer.from("lee").toString("base64url");
+    for (const value of [`${lee}.${expires}.${signature}`, `${name}.${+expires + 1}.${signature}`, `${name}.1.${signature}`]) {
+        await context.addCookies([{ ...auth, value }]);
+        assert.equal(await status(list), 403, "a forged or expired session");
+    }
+    await context.addCookies([auth]);
+    await page.goto(folder(site, "inbox"));
+    await press(page, "Log out");
+    await context.addCookies(cookies);
+    assert.equal(await status(list), 403, "a session after its log-out");
+    for (let i = 0; i < 6; i++) await site.logIn(page, "nobody", "guess");
+    assert.equal(await page.getByRole("alert").innerText(), "Too many attempts. Try again later.");
+    await context.close();
+}
+
+const fileOf = (name, size) => ({ name, mimeType: "application/octet-stream", buffer: Buffer.from(Array.from({ length: size }, (_, i) => (i * 7919) >> 3)) });
+
+async function arrived(page, site, subject) {
+    for (let tries = 0; tries < 300; tries++) {
+        await page.goto(folder(site, "inbox"));
+        if (await row(page, subject).count()) return follow(page, page.getByRole("link", { name: subject }));
+        await page.waitForTimeout(100);
+    }
+    assert.fail(`${subject} has not arrived`);
+}
+
+export async function mailBetweenUsers(site) {
+    const kim = await site.as("kim"), lee = await site.as("lee");
+    const subject = "첨부 파일 둘과 café", text = "안녕하세요, Lee.\n\"따옴표\" & 1 < 2, a@b\n끝.";
+    const files = [fileOf("회의록 1 & 2.bin", 70000), fileOf("b.bin", 3)];
+    await follow(kim.page, kim.page.getByRole("link", { name: "Write" }));
+    await kim.page.fill("#to", "lee@localhost, nobody@localhost");
+    await kim.page.fill("#subject", subject);
+    await kim.page.fill("#body", text);
+    await kim.page.setInputFiles("#attach", files);
+    await press(kim.page, "Send");
+    const result = await kim.page.locator("main").innerText();
+    assert.match(result, /lee@localhost\s+Accepted/);
+    assert.ok(!/nobody@localhost\s+Accepted/.test(result), "a recipient that does not exist");
+    await kim.page.goto(folder(site, "sent"));
+    assert.deepEqual(await subjects(kim.page), [subject]);
+
+    await arrived(lee.page, site, subject);
+    const seen = await lee.page.frameLocator("iframe[name=mailtext]").locator("body").innerText();
+    assert.ok(seen.replace(/\u00a0/g, " ").includes(text), seen);
+    const links = await lee.page.locator(".files td a").all();
+    assert.equal(links.length, files.length);
+    for (const [i, link] of links.entries()) {
+        const [download] = await Promise.all([lee.page.waitForEvent("download"), link.click()]);
+        assert.ok(fs.readFileSync(await download.path()).equals(files[i].buffer), `bytes of ${files[i].name}`);
+        assert.equal(download.suggestedFilename(), files[i].name);
+    }
+    await follow(lee.page, lee.page.getByRole("link", { name: "Reply", exact: true }));
+    assert.match(await lee.page.inputValue("#to"), /kim@localhost/);
+    assert.ok((await lee.page.inputValue("#body")).includes("> 안녕하세요, Lee."), "quoted");
+    await press(lee.page, "Send");
+    await arrived(kim.page, site, `Re: ${subject}`);
+    await kim.context.close();
+    await lee.context.close();
+}
