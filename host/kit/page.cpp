@@ -74,6 +74,15 @@ void printError(const PageError& error) {
     }
 }
 
+/// A folder that cannot be read now must not keep the page of another one from the user.
+FolderCounts countsOf(const User& user, const char* folder) {
+    try {
+        return folderCounts(user, folder);
+    } catch (const PageError&) {
+        return {};
+    }
+}
+
 bool responded;  // a header has gone out: an error page can follow no more
 
 }  // namespace
@@ -198,7 +207,7 @@ void Page::respond(const char* name, const User& user, int status) {
 
 void Page::printFolders(const User& user) {
     for (const FolderName& folder : folderNames()) {
-        FolderCounts counts = folderCounts(user, folder.name);
+        FolderCounts counts = countsOf(user, folder.name);
         text("FOLDERNAME", folder.name).text("FOLDERTITLE", message(folder.title));
         markup("FOLDERCURRENT", folder_ == folder.name ? " aria-current=\"page\"" : "");
         text("FOLDERUNREAD", std::to_string(counts.unread));
