@@ -15,6 +15,8 @@
 #include "kit/faults.h"
 #include "operation_rows.h"
 
+extern "C" __attribute__((weak)) int __llvm_profile_write_file();  // in a build for coverage
+
 namespace {
 
 using std::string;
@@ -113,6 +115,7 @@ void runRow(const OperationRow& row, Tally& tally) {
             if (kind.kind != FAULT_ERROR || !strstr(row.code, "marked()")) strike(row, kind, world);
         faults->thread = -1;
         fflush(stdout);
+        if (__llvm_profile_write_file) __llvm_profile_write_file();
         _exit(complaints != 0);
     }
     close(ends[1]);
