@@ -84,7 +84,7 @@ struct RowDate {
 RowDate dateOf(time_t t) {
     RowDate date;
     struct tm local;
-    if (!t || !localtime_r(&t, &local)) return date;
+    if (!t || !localtime_r(&t, &local) || local.tm_year < 0 || local.tm_year > 8099) return date;
     strftime(date.shown, sizeof date.shown, "%Y-%m-%d %H:%M", &local);
     strftime(date.exact, sizeof date.exact, "%Y-%m-%dT%H:%M:%S%z", &local);
     return date;

@@ -113,6 +113,23 @@ TEST_F(HostKit, ListFollowsEveryChange) {
     EXPECT_THROW(host::moveMessages(kim, "inbox", "../x", {{1, "3"}}), host::PageError);
 }
 
+TEST_F(HostKit, MessagesWithoutIdAreToldApart) {
+    const std::string from = "From a@example.org Mon Jan  5 00:00:00 2004\nSubject: ";
+    fill("inbox",
+         from + "one\n\nx\n\n" + from + "=?euc-kr?B?sKE=?=\n\nx\n\n" + from + "three\n\nx\n\n");
+    std::string second;
+    {
+        Summary summary(kim, "inbox");
+        ASSERT_EQ(summary.rows().size(), 3U);
+        second = summary.rows()[1].key;
+    }
+    EXPECT_EQ(host::Folder(kim, "inbox").find(3, second), 2);
+    EXPECT_EQ(host::moveMessages(kim, "inbox", "trash", {{1, second}}), 1U);
+    Summary trash(kim, "trash");
+    ASSERT_EQ(trash.rows().size(), 1U);
+    EXPECT_EQ(trash.rows()[0].subject, "가");
+}
+
 TEST_F(HostKit, DamagedListIsMadeAgain) {
     fill("inbox", mail("1", "one") + mail("2", "two"));
     std::string expected = list("inbox"), file = kim.home() + "/inbox.list";

@@ -17,8 +17,9 @@ namespace host {
 
 namespace {
 
-constexpr int kSystemAccounts = 1;  // admOptions.passwdFlag: a folder stays the same file
-constexpr int kTries = 100;         // about 10 seconds
+constexpr int kSystemAccounts = 1;   // admOptions.passwdFlag: a folder stays the same file
+constexpr size_t kKeySubject = 200;  // bytes of a subject that count for a key
+constexpr int kTries = 100;          // about 10 seconds
 
 struct stat stateOf(const std::string& path) {
     struct stat st = {};
@@ -148,7 +149,8 @@ int Folder::find(int n, const std::string& id) const {
 
 std::string messageKey(const FldrMsg& entry) {
     if (*entry.msgId) return entry.msgId;
-    return "-" + std::to_string(entry.date) + "-" + entry.from;
+    auto subject = std::hash<std::string>()(std::string(entry.subject).substr(0, kKeySubject));
+    return "-" + std::to_string(entry.date) + "-" + std::to_string(subject) + "-" + entry.from;
 }
 
 void changeFolder(const User& user, const std::string& name,

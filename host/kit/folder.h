@@ -51,7 +51,7 @@ class Folder {
 };
 
 /// What a message is known by when the folder has changed: its Message-ID, or without one its
-/// date and sender.
+/// date, subject and sender.
 std::string messageKey(const FldrMsg& entry);
 
 /// One message as the pages name it: its number and its key ("": whatever has the number).

@@ -66,6 +66,7 @@ std::string keyOf(const MailInfo& mail) {
     const char* address = mail.from ? mailGetStrOneAddr(mail.from) : "";
     snprintf(entry.msgId, sizeof entry.msgId, "%s", strSafeAssign(mail.messageId));
     snprintf(entry.from, sizeof entry.from, "%s", address);
+    snprintf(entry.subject, sizeof entry.subject, "%s", strSafeAssign(mail.subject));
     entry.date = mail.date;
     return messageKey(entry);
 }
