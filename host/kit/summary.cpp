@@ -79,9 +79,9 @@ struct Parsed {
 
 Parsed parse(const std::string& header) {
     Parsed p = {};
-    auto size = static_cast<int>(header.size());
-    OpenFile file(fmemopen(const_cast<char*>(header.data()), header.size(), "r"));
-    MailInfo* mail = mailGetHeaderInfo(0, size, file.get());
+    std::string ended = header + "\n";  // without an empty line the last field is no field
+    OpenFile file(fmemopen(ended.data(), ended.size(), "r"));
+    MailInfo* mail = mailGetHeaderInfo(0, static_cast<int>(ended.size()), file.get());
     if (!mail) throw PageError(503, kTextInternalError);
     std::string set = strSafeAssign(mail->body ? mail->body->charSet : nullptr);
     p.row.priority = mail->priority;

@@ -11,7 +11,7 @@ namespace host {
 
 namespace {
 
-constexpr char kMagic[16] = "webmail-list-1";
+constexpr char kMagic[16] = "webmail-list-2";
 
 std::string_view bytesOf(const void* p, size_t size) {
     return {static_cast<const char*>(p), size};
