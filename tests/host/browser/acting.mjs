@@ -86,12 +86,12 @@ export async function refusals(site) {
 const fileOf = (name, size) => ({ name, mimeType: "application/octet-stream", buffer: Buffer.from(Array.from({ length: size }, (_, i) => (i * 7919) >> 3)) });
 
 async function arrived(page, site, subject) {
-    for (let tries = 0; tries < 300; tries++) {
+    for (let tries = 0; tries < 100; tries++) {
         await page.goto(folder(site, "inbox"));
         if (await row(page, subject).count()) return follow(page, page.getByRole("link", { name: subject }));
         await page.waitForTimeout(100);
     }
-    assert.fail(`${subject} has not arrived`);
+    assert.fail(`${subject} has not arrived: ${await subjects(page)}`);
 }
 
 export async function mailBetweenUsers(site) {
@@ -127,4 +127,43 @@ export async function mailBetweenUsers(site) {
     await arrived(kim.page, site, `Re: ${subject}`);
     await kim.context.close();
     await lee.context.close();
+}
+
+export async function settings(site) {
+    const kim = await site.as("kim"), lee = await site.as("lee"), sysop = await site.as("sysop");
+    const save = async (form, fields) => {
+        await follow(kim.page, kim.page.getByRole("link", { name: "Settings" }));
+        for (const [name, value] of Object.entries(fields)) {
+            const field = kim.page.locator(`#${form} [name=${name}]`);
+            await (value === true ? field.check() : field.fill(value));
+        }
+        await follow(kim.page, kim.page.locator(`#${form} button`));
+        assert.equal(await kim.page.getByRole("status").innerText(), "Saved.", form);
+    };
+    await save("general", { email_name: "김 \"K\" <누리>", page_size: "5" });
+    await save("signature_form", { signature: "김누리 드림" });
+    await save("vacation_form", { vacation: true, subject: "휴가 중입니다", reply: 'Back on Monday: "월요일", ${pid} $local_part.\n.\n' });
+    await save("forwarding_form", { forwarding: "sysop@localhost", keep_copy: true });
+    await kim.page.goto(folder(site, "inbox"));
+    assert.equal((await subjects(kim.page)).length, 5);
+
+    await follow(lee.page, lee.page.getByRole("link", { name: "Write" }));
+    await lee.page.fill("#to", "kim@localhost");
+    await lee.page.fill("#subject", "Are you there?");
+    await lee.page.fill("#body", "I ask.");
+    await press(lee.page, "Send");
+    assert.match(await lee.page.locator("main").innerText(), /kim@localhost\s+Accepted/);
+    await arrived(lee.page, site, "휴가 중입니다");
+    const reply = await lee.page.frameLocator("iframe[name=mailtext]").locator("body").innerText();
+    assert.ok(reply.includes('Back on Monday: "월요일", ${pid} $local_part.\n.'), reply);
+    await arrived(kim.page, site, "Are you there?");
+    await arrived(sysop.page, site, "Are you there?");
+
+    await follow(kim.page, kim.page.getByRole("link", { name: "Reply", exact: true }));
+    await press(kim.page, "Send");
+    await arrived(lee.page, site, "Re: Are you there?");
+    assert.ok((await lee.page.locator("main dl").innerText()).includes('김 "K" <누리>'), "the name of the settings");
+    const answer = await lee.page.frameLocator("iframe[name=mailtext]").locator("body").innerText();
+    assert.ok(answer.includes("김누리 드림"), "the signature");
+    for (const { context } of [kim, lee, sysop]) await context.close();
 }

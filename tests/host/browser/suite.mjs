@@ -22,6 +22,7 @@ const tests = {
     "hostile mail does nothing": reading.hostileMail,
     "lists page, sort and change": acting.lists,
     "mail goes from user to user and back": acting.mailBetweenUsers,
+    "settings are kept and do what they say": acting.settings,
     "pages are accessible and fit": looks.everyPage,
     "what nobody may do is refused": acting.refusals,
 };
