@@ -5,7 +5,7 @@
 
 #include "link_text.h"
 
-#include "byte_set.h"
+#include "mail/base/byte_set.h"
 
 namespace attalven {
 

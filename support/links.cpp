@@ -4,9 +4,10 @@
 // inside a tag, an attribute or a script, and the number of links is bounded, so that a text of
 // nothing but short addresses cannot take the process's memory.
 
-#include "byte_set.h"
+#include "byte_blocks.h"
 #include "hz_section.h"
 #include "link_text.h"
+#include "mail/base/byte_set.h"
 #include "mail/base/text.h"
 #include "markup.h"
 #include "safe_result.h"

@@ -4,7 +4,9 @@
 
 #include "markup.h"
 
-#include "byte_set.h"
+#include <array>
+
+#include "byte_blocks.h"
 
 namespace attalven {
 

@@ -8,9 +8,10 @@
 
 #include <cstring>
 
-#include "byte_set.h"
+#include "byte_blocks.h"
 #include "hz_section.h"
 #include "link_text.h"
+#include "mail/base/byte_set.h"
 #include "mail/base/text.h"
 #include "markup.h"
 #include "safe_result.h"
