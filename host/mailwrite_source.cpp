@@ -88,8 +88,9 @@ class Source {
     void load(int offset, int size) {
         offset_ = offset;
         size_ = size;
-        info_.reset(mailProcessing(offset, size, "", folder_.file()));
+        info_.reset(mailGetHeaderInfo(offset, size, folder_.file()));
         if (!info_) throw std::bad_alloc();
+        mailParseBody(info_.get(), folder_.file());
         charSet_ = mailGetCharSet(info_->body);
         header_ =
             readHeader(folder_.file(), info_->offset, info_->bodyOffset - long{info_->offset});

@@ -131,18 +131,21 @@ ATTALVEN_API void mailFreeBodyIdx(MailBodyList** index);
 ATTALVEN_API MailInfo* mailGetHeaderInfo(int offset, int size, FILE* fp);
 
 /*
- * Header and MIME structure of the message at byte `offset`, `size` bytes long. When `msgId` (NULL
- * counts as "") names a message/rfc822 part at any depth, that message instead; the top message
- * when nothing matches. Message-IDs are compared without case. Caller frees with mailFree. NULL for
- * a NULL stream or when memory is out. Reads conf.mailDomainName and conf.rootDir.
+ * Header and MIME structure of the message at byte `offset`, `size` bytes long, when `msgId` (NULL
+ * counts as "") is its Message-ID; else of the part that mailGetRFC822MessageInfo finds; of the top
+ * message when nothing matches. For the top message pass the `msgId` of its folder entry: "" names
+ * the first part without a Message-ID, such as the delivery status of a report, when the message
+ * itself has one. Caller frees with mailFree. NULL for a NULL stream or when memory is out. Reads
+ * conf.mailDomainName and conf.rootDir.
  */
 ATTALVEN_API MailInfo* mailProcessing(int offset, int size, const char* msgId, FILE* fp);
 
 /*
- * `msg` itself when `msgId` (NULL counts as "") is its Message-ID, else the first message/rfc822
- * part inside it, depth first, whose Message-ID is `msgId`, parsed anew from `fp`; a record other
- * than `msg` is new: Caller frees with mailFree. NULL when there is none or `msg` is NULL. Only
- * parts whose content is stored unencoded can be found, at most 100 levels deep.
+ * `msg` itself when `msgId` (NULL counts as "") is its Message-ID, else the first part of type
+ * message inside it, depth first, whose Message-ID is `msgId`, parsed anew from `fp`; a record
+ * other than `msg` is new: Caller frees with mailFree. Case is ignored; a part without a Message-ID
+ * has the empty one. NULL when there is none or `msg` is NULL. Only parts whose content is stored
+ * unencoded can be found, at most 100 levels deep.
  */
 ATTALVEN_API MailInfo* mailGetRFC822MessageInfo(MailInfo* msg, FILE* fp, const char* msgId);
 

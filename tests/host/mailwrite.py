@@ -242,6 +242,10 @@ def check_answers():
     cgi("", {**values(cgi(query + "forward")[1]), "to": "lee@localhost", "action": "send"})
     inner = [p for p in taken()[0][2].walk() if p.get_content_type() == "message/rfc822"][0].get_content()
     expect("message in a message", (form["to"], inner["message-id"]), ("list@b.example", "<one@b.example>"))
+    with open(f"{SITE}/spool/k/i/kim", "w") as out:  # a delivery report: its second part has no Message-ID
+        out.write("From - Mon Jan  5 10:00:00 2004\nFrom: daemon@b.example\nMessage-ID: <two@b.example>\nContent-Type:"
+                  " multipart/report; boundary=b\n\n--b\n\nwhy\n--b\nContent-Type: message/delivery-status\n\nA: b\n\n--b--\n")
+    expect("reply to a report", values(cgi("fldrname=inbox&select=1&msgid=two@b.example&cmd=reply")[1])["to"], "daemon@b.example")
 
 
 def check_hostile():

@@ -36,6 +36,9 @@ with tempfile.TemporaryDirectory() as work:
         subprocess.run([f"{BUILD}/bin/attalven", *command], env={**os.environ, "ATTALVEN_SITE": site}, check=True,
                        stdout=subprocess.DEVNULL)
     shutil.copy(f"{ROOT}/tests/data/sample.mbox", f"{site}/spool/k/i/kim")
+    with open(f"{site}/spool/k/i/kim", "a") as inbox:  # message 37, with a part that has no Message-ID
+        inbox.write("From - Mon Jan  5 10:00:00 2004\nMessage-ID: <two@b.example>\nContent-Type: multipart/report; boundary=b\n\n"
+                    "--b\n\nwhy\n--b\nContent-Type: message/delivery-status\n\nStatus: 5.1.1\n\n--b--\n\n")
     with open(f"{site}/conf/attalven.conf") as conf:
         key = re.search("ADMIN_KEY = (.*)", conf.read())[1]
     inside = ["unshare", "-rm", "sh", "-c", 'mount --bind "$1" "$2" && exec "$3"', "sh", f"{site}/conf", SYSCONFDIR]
@@ -48,10 +51,11 @@ with tempfile.TemporaryDirectory() as work:
     head, _, body = ask("2", good).partition(b"\n\n")
     expect("header lines", b"sandbox" in head and head.endswith(b"Content-Type: text/html; charset=EUC-KR"), head)
     expect("the Korean body", "지난주에 말씀드린 회의 일정을 보냅니다." in body.decode("euc-kr"), body)
+    expect("a delivery report", b"why" in ask("37", good), ask("37", good))
     for query, sent, status in (("2", "", "403"), ("2", good[:-3], "403"), ("2", cookie("kim", key, 1), "403"),
                                 ("2", cookie("../kim", key, int(time.time()) + 60), "403"),
                                 ("2", cookie("kim", "kQwZbn", int(time.time()) + 60), "403"),
-                                ("37", good, "404"), ("0", good, "404"), ("x", good, "404"),
+                                ("38", good, "404"), ("0", good, "404"), ("x", good, "404"),
                                 ("1", cookie("lee", key, int(time.time()) + 60), "404")):
         expect(f"{query} {sent[:20]}", ask(query, sent).startswith(f"Status: {status} ".encode()), status)
 print(f"{failures} failures")
