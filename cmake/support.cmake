@@ -1,4 +1,4 @@
-# libattalven_support.so: the stand-in for the support library that a calling program links beside libattalven.so.
+# libattalven_support.so: the support library that a calling program links beside libattalven.so, unless it brings its own.
 # The static libsodium: the dynamic one would cost every CGI process a tenth of its start for a signature that most never
 # make.
 find_library(SODIUM_LIBRARY NAMES libsodium.a sodium REQUIRED)

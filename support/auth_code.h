@@ -2,8 +2,8 @@
 #define ATTALVEN_SUPPORT_AUTH_CODE_H
 
 /*
- * For hosts of this stand-in, beyond the declarations that every support library has: the making of
- * the authentication codes that strGetAuthCodeVal() reads.
+ * For hosts of this support library, beyond the declarations that every support library has: the
+ * making of the authentication codes that strGetAuthCodeVal() reads.
  *
  * A code is "<user id>.<expiry>.<signature>": the id and the signature in URL-safe base64 without
  * padding, the expiry in decimal seconds since the epoch, the signature HMAC-SHA-256 (RFC 2104) of

@@ -2,8 +2,8 @@
 #define ATTALVEN_SUPPORT_PAGE_H
 
 /*
- * For hosts of this stand-in, beyond the declarations that every support library has: the character
- * set of the page that is being printed.
+ * For hosts of this support library, beyond the declarations that every support library has: the
+ * character set of the page that is being printed.
  */
 
 #ifdef __cplusplus

@@ -20,7 +20,7 @@ int main(int argc, char** argv) {
         mailFree(&mail);
     }
     fldrClose(folder);
-    /* What the hosts of the stand-in use beside that. */
+    /* What hosts of this support library use beside that. */
     sockUseSmtpAdapter(NULL);
     pageSetCharSet("EUC-KR");
     return strcmp(pageCharSet(), "EUC-KR") != 0 || authCodeMake("", "key", 0) != NULL;
