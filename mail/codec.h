@@ -15,7 +15,7 @@ ATTALVEN_BEGIN
  * Buffer forms read a NUL-terminated text and write to a buffer of the caller, terminated with a
  * NUL. A NULL text reads as the empty one; a NULL buffer or stream makes the call do nothing and
  * give 0. Room for a text of n bytes: decoders n + 1 bytes; base64 encoders 4 bytes for each 3
- * begun, one more for each 76 written, and 1; EncodeQP 4 * n + 16.
+ * begun, one more for each whole line, and 1; EncodeQP 4 * n + 16.
  *
  * Stream forms copy from a stream's current position to another stream in constant memory. They
  * take lines in pieces of at most 5,119 bytes; `length` is the part's length in bytes: a line that

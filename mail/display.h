@@ -34,8 +34,9 @@ typedef struct MailAttach {
  * missing parts are empty.
  *
  * mailGetStrHTMLAddr gives all addresses of the list for an HTML page (quotes and brackets as
- * character references, names prepared by strConvHTMLStr), mailGetStrAddr as mail text, joined by
- * "," without a space. NULL for an empty list or when memory is out. Caller frees with free.
+ * character references, names prepared by strConvHTMLStr), mailGetStrAddr as text, names as they
+ * stand in the records; both joined by "," without a space. NULL for an empty list or when memory
+ * is out. Caller frees with free.
  *
  * mailGetStrOneAddr gives mailbox@host of one address without its name, cut at 1000 bytes, "" for
  * NULL. Static: valid until the next call.
@@ -50,7 +51,7 @@ ATTALVEN_API char* mailGetStrOneAddr(MailAddress* addr);
 ATTALVEN_API char* mailGetUserName(const char* text);
 
 /* The text of one text part, from the open message: its body of bodySize bytes at bodyOffset,
- * decoded by the part's transfer encoding and converted to the page character set: from its
+ * decoded from base64 or quoted-printable and converted to the page character set: from its
  * charSet, and then every "<META" becomes "<!-META"; without a charSet only when it holds an
  * ISO-2022-KR or -JP designator. A text that cannot be converted stays in its own character set,
  * META tags included. `mode` 1 stops there. `mode` 2 prepares it for an HTML page: in a text with
@@ -80,12 +81,13 @@ ATTALVEN_API int mailChkSMime(MailBody* root);
  * Static: valid until the next call. */
 ATTALVEN_API char* mailGetCharSet(MailBody* root);
 
-/* The attachments of a message: each leaf part with a file name, and each message/rfc822 part with
- * the forwarded message's subject as its name. `unused` is not read. The array ends with a row
- * whose fields are all NULL or 0. Sizes are bytes as stored, still encoded. msgId is the containing
- * message's Message-ID ("" without one); for a forwarded message its own, URL-encoded, or
- * "nomsgid". Caller frees with mailAttachListFree. NULL when the message has neither kind of
- * part, for NULL, and when memory is out. Moves `fp`. */
+/* The attachments of a message: each message/rfc822 part, with the forwarded message's subject as
+ * its name, and each leaf part of another type than message that has a file name. `unused` is not
+ * read. The array ends with a row whose fields are all NULL or 0. Sizes are bytes as stored, still
+ * encoded. msgId is the containing message's Message-ID ("" without one); for a forwarded message
+ * its own, URL-encoded, or "nomsgid". Caller frees with mailAttachListFree. NULL when no part has a
+ * file name or is of type message, for NULL, and when memory is out; a NULL `fp` leaves forwarded
+ * messages out. Moves `fp`. */
 ATTALVEN_API MailAttach* mailGetAttachList(MailInfo* msg, long unused, FILE* fp);
 /* Frees an attachment list; NULL does nothing. */
 ATTALVEN_API void mailAttachListFree(MailAttach* list);
