@@ -2,6 +2,7 @@
 // the login page carry no token, since nobody is known yet; instead they are taken from our own
 // pages only.
 
+#include <algorithm>
 #include <cstdlib>
 #include <ctime>
 
@@ -9,6 +10,7 @@
 #include "kit/page.h"
 #include "kit/passwords.h"
 #include "mail/mail.h"
+#include "support/support.h"
 
 using namespace host;
 
@@ -29,10 +31,16 @@ void showForm(const std::string& id, const std::string& notice, int status) {
     page.respond("login.html", status);
 }
 
+/// Old browsers send no Sec-Fetch-Site, but an Origin with each form, which is then compared with
+/// the host that they asked.
 void checkOrigin() {
-    const char* site = getenv("HTTP_SEC_FETCH_SITE");
-    std::string from = site ? site : "same-origin";
-    if (from != "same-origin" && from != "none") throw PageError(403, kTextFormExpired);
+    auto variable = [](const char* name) { return std::string(strSafeAssign(getenv(name))); };
+    std::string site = variable("HTTP_SEC_FETCH_SITE"), origin = variable("HTTP_ORIGIN");
+    std::string host = origin.substr(std::min(origin.size(), origin.find("//") + 2));
+    bool ours = site.empty()
+                    ? origin.empty() || strCaseCmp(host.c_str(), variable("HTTP_HOST").c_str()) == 0
+                    : site == "same-origin" || site == "none";
+    if (!ours) throw PageError(403, kTextFormExpired);
 }
 
 std::string idOf(const Request& request) {

@@ -119,9 +119,7 @@ void takePassword(SettingsForm& form, const User& user, const Request& request) 
 /// Ends all sessions of the user but this one.
 void savePassword(SettingsForm& form, const User& user) {
     if (!setPassword(user.id, form["new_password"])) throw PageError(507, kTextStorageFull);
-    time_t now = time(nullptr);
-    (void)endSessionLine(user, now);
-    fputs(startSessionLine(user.id, now).c_str(), stdout);
+    fputs(startSessionLine(user.id, time(nullptr)).c_str(), stdout);
 }
 
 }  // namespace

@@ -2,8 +2,6 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <new>
-#include <utility>
 
 #include "host_texts.h"
 #include "kit/page.h"
@@ -19,15 +17,7 @@ constexpr size_t kSubjectMax = 1000;  // characters
 
 /// What a callback of the library prints, which is in `set`, as UTF-8.
 std::string printed(PrintFn callback, void* bound, const char* set) {
-    char* text = nullptr;
-    size_t size = 0;
-    FILE* memory = open_memstream(&text, &size);
-    if (!memory) throw std::bad_alloc();
-    FILE* page = std::exchange(stdout, memory);
-    callback(nullptr, &bound);
-    stdout = page;
-    fclose(memory);
-    return toUtf8(takeText(text), set);
+    return toUtf8(captured([&] { callback(nullptr, &bound); }), set);
 }
 
 /// The addresses of a header as markup in UTF-8; the library has one list for both of its names.

@@ -2,6 +2,8 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <memory>
+#include <new>
 #include <utility>
 
 #include "folder.h"
@@ -186,6 +188,8 @@ void Page::print(const char* name) {
 }
 
 void Page::respond(const char* name, int status) {
+    // As a whole before its header: what fails on the way gets an error page.
+    std::string content = captured([this, name] { print(name); });
     responded = true;
     headerLine("Status", std::to_string(status) + " " + reason(status));
     headerLine("Content-Security-Policy", kContentSecurityPolicy);
@@ -194,7 +198,7 @@ void Page::respond(const char* name, int status) {
     headerLine("Cache-Control", "no-store");
     pageSetCharSet(htmlCharSet(charSet_.c_str()));
     cgiMimeHeader("text/html");
-    print(name);
+    write(content);
 }
 
 void Page::respond(const char* name, const User& user, int status) {
@@ -216,18 +220,45 @@ void Page::printFolders(const User& user) {
     }
 }
 
+std::string captured(const std::function<void()>& print) {
+    char* text = nullptr;
+    size_t size = 0;
+    FILE* memory = open_memstream(&text, &size);
+    if (!memory) throw std::bad_alloc();
+    FILE* response = std::exchange(stdout, memory);
+    std::exception_ptr failure;
+    try {
+        print();
+    } catch (...) {
+        failure = std::current_exception();
+    }
+    stdout = response;
+    bool whole = !ferror(memory);
+    whole = fclose(memory) == 0 && whole;
+    std::unique_ptr<char, void (*)(void*)> owned(text, free);
+    if (failure) std::rethrow_exception(failure);
+    if (!whole) throw std::bad_alloc();
+    return {text, size};
+}
+
 void headerLine(const std::string& name, const std::string& value) {
     std::string line = name + ": " + value;
     std::erase_if(line, [](char c) { return (c >= 0 && c < ' ') || c == '\x7F'; });
     write(line + "\n");
 }
 
+std::string cookieLine(const std::string& name, const std::string& value, const char* sameSite,
+                       time_t lifetime) {
+    bool encrypted = strCaseCmp(strSafeAssign(getenv("HTTPS")), "on") == 0;
+    return "Set-Cookie: " + name + "=" + value +
+           "; Path=/cgi-auth/; HttpOnly; SameSite=" + sameSite + (encrypted ? "; Secure" : "") +
+           "; Max-Age=" + std::to_string(lifetime) + "\n";
+}
+
 bool languageLine(const std::string& code) {
     for (const Language& language : languages())
         if (code == language.code) {
-            headerLine("Set-Cookie", "lang=" + code +
-                                         "; Path=/cgi-auth/; HttpOnly; SameSite=Lax; "
-                                         "Max-Age=31536000");
+            write(cookieLine("lang", code, "Lax", 365 * 24 * 3600L));
             return true;
         }
     return false;

@@ -71,8 +71,16 @@ class Page {
     std::deque<Binding> bindings_;
 };
 
+/// What `print` prints, kept from the response.
+std::string captured(const std::function<void()>& print);
+
 /// A header line that stands before the Content-Type line; names and values without line breaks.
 void headerLine(const std::string& name, const std::string& value);
+
+/// A line "Set-Cookie: ...", LF at the end, for the pages below /cgi-auth/ and for no script;
+/// Secure where the request came by HTTPS.
+std::string cookieLine(const std::string& name, const std::string& value, const char* sameSite,
+                       time_t lifetime);
 
 /// The header line that keeps the choice of the pages' language, "kor" for example. False, and
 /// nothing printed, when there is no such language.

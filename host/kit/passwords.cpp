@@ -12,6 +12,7 @@
 
 #include "file.h"
 #include "mail/mail.h"
+#include "session.h"
 
 namespace host {
 
@@ -59,6 +60,16 @@ std::string joined(const std::vector<std::string>& lines) {
     std::string text;
     for (const std::string& line : lines) text += line + "\n";
     return text;
+}
+
+/// The hash of a user who can log in, else "". The last line of a user counts.
+std::string hashOf(const std::string& id) {
+    std::string text = "\n" + readFile(passwordFile(), kFileMax).value_or("");
+    size_t at = id.empty() ? text.npos : text.rfind("\n" + id + ":");
+    if (at == text.npos) return "";
+    at += id.size() + 2;
+    std::string hash = text.substr(at, std::min(text.find('\n', at), text.size()) - at);
+    return hash.starts_with('!') || hash.starts_with('*') ? "" : hash;
 }
 
 std::string newHash(const std::string& password) {
@@ -134,6 +145,7 @@ Failures take(std::vector<Failures>& all, char kind, const std::string& text) {
 bool setPassword(const std::string& id, const std::string& password) {
     ChangeLock lock(passwordFile());
     if (!lock.held() || !mailChkValidUserId(id.c_str()) || id.empty()) return false;
+    if (!endSessions(User{id, false}, time(nullptr))) return false;
     std::vector<std::string> lines = linesOf(passwordFile());
     std::erase_if(lines, [&](const std::string& line) { return line.starts_with(id + ":"); });
     if (!password.empty()) {
@@ -146,21 +158,15 @@ bool setPassword(const std::string& id, const std::string& password) {
 
 bool checkPassword(const std::string& id, const std::string& password) {
     // A hash of nobody's password, so that an unknown name takes as long as a known one.
-    std::string hash = "$y$j9T$qUYy8MxJzsU1jtJ5hGqqo1$7pD1s0FJ6F4sZ0cXkV0xkV2oYZ9mVZ0n1uQ5cB0dH52";
-    bool known = false;
-    for (const std::string& line : linesOf(passwordFile()))
-        if (!id.empty() && line.starts_with(id + ":")) {
-            hash = line.substr(id.size() + 1);
-            known = true;
-        }
-    return password.size() <= kPasswordMax && fits(password, hash) && known;
+    constexpr const char* kNobody =
+        "$y$j9T$qUYy8MxJzsU1jtJ5hGqqo1$7pD1s0FJ6F4sZ0cXkV0xkV2oYZ9mVZ0n1uQ5cB0dH52";
+    std::string hash = hashOf(id);
+    bool right = fits(password, hash.empty() ? kNobody : hash);
+    return password.size() <= kPasswordMax && right && !hash.empty();
 }
 
 bool hasPassword(const std::string& id) {
-    std::vector<std::string> lines = linesOf(passwordFile());
-    return std::any_of(lines.begin(), lines.end(), [&](const std::string& line) {
-        return !id.empty() && line.starts_with(id + ":");
-    });
+    return !hashOf(id).empty();
 }
 
 bool beginAttempt(const std::string& id, const std::string& address, time_t now) {

@@ -12,13 +12,14 @@ namespace host {
 constexpr size_t kPasswordMax = 255;
 
 /// Sets the user's password, or removes the user's line for an empty one; the file is replaced as
-/// a whole. False when it could not be written.
+/// a whole, and the user's sessions end. False when that could not be written.
 bool setPassword(const std::string& id, const std::string& password);
 
 /// Whether the password is the user's. Takes as long for a user that does not exist.
 bool checkPassword(const std::string& id, const std::string& password);
 
-/// Whether the user can log in: a user without a line is locked out.
+/// Whether the user can log in: a user without a line is locked out, and one whose hash starts with
+/// "!" or "*".
 bool hasPassword(const std::string& id);
 
 /// Guessing: after 5 failures in 15 minutes of one user id or 20 of one address, more attempts are

@@ -10,6 +10,7 @@
 #include "host_texts.h"
 #include "mail/mail.h"
 #include "page.h"
+#include "passwords.h"
 #include "support/auth_code.h"
 #include "support/support.h"
 #include "text.h"
@@ -21,16 +22,14 @@ namespace {
 constexpr time_t kLifetime = 8 * 3600L;
 constexpr const char* kDefaultKey = "kQwZbn";  // of mailGetConf(), known to everybody
 constexpr int kSessionEnded = 104;             // in every site's message table
-constexpr const char* kCookieRules = "; Path=/cgi-auth/; HttpOnly; SameSite=Strict";
 
 std::string cookie(const char* name) {
     const char* value = cgiCkGetVal(name);
     return value ? value : "";
 }
 
-std::string cookieLine(const char* name, const std::string& value, time_t lifetime) {
-    return std::string("Set-Cookie: ") + name + "=" + value + kCookieRules +
-           "; Max-Age=" + std::to_string(lifetime) + "\n";
+std::string sessionCookie(const char* name, const std::string& value, time_t lifetime) {
+    return cookieLine(name, value, "Strict", lifetime);
 }
 
 std::string logOutFile(const User& user) {
@@ -58,10 +57,9 @@ std::string tokenKey() {
     return std::string(conf.adminKey) + ":form:" + cookie("session");
 }
 
-std::string authLine(const User& user, time_t now) {
-    time_t made = std::max(now, lastLogOut(user) + 1);
+std::string authLine(const User& user, time_t made) {
     std::string code = takeText(authCodeMake(user.id.c_str(), conf.adminKey, made + kLifetime));
-    return cookieLine("auth", code, kLifetime);
+    return sessionCookie("auth", code, kLifetime);
 }
 
 }  // namespace
@@ -90,8 +88,10 @@ User currentUser() {
     const char* carried = strGetAuthCodeVal(code.c_str(), conf.adminKey);
     User user{carried ? carried : "", false};
     if (user.id.empty() || !mailChkValidUserId(user.id.c_str()) ||
-        !mailAuthUserId(user.id.c_str(), code.c_str()))
+        !mailAuthUserId(user.id.c_str(), code.c_str()) || !hasPassword(user.id))
         throw PageError(403, kSessionEnded);
+    // The time is taken first: a code that is renewed while the user logs out must not outlive
+    // that.
     time_t expiry = expiryOf(code), now = time(nullptr);
     if (expiry - kLifetime <= lastLogOut(user)) throw PageError(403, kSessionEnded);
     user.isAdmin = mailUserLevel(user.id.c_str()) == 0;
@@ -100,7 +100,7 @@ User currentUser() {
         std::string session = cookie("session");
         bool isOurs = session.size() == 32 &&
                       session.find_first_not_of("0123456789abcdef") == std::string::npos;
-        if (isOurs) fputs(cookieLine("session", session, kLifetime).c_str(), stdout);
+        if (isOurs) fputs(sessionCookie("session", session, kLifetime).c_str(), stdout);
     }
     return user;
 }
@@ -119,13 +119,19 @@ void checkToken(const Request& request, const User& user) {
 }
 
 std::string startSessionLine(const std::string& id, time_t now) {
-    return authLine(User{id, false}, now) + cookieLine("session", randomName(), kLifetime);
+    User user{id, false};
+    return authLine(user, std::max(now, lastLogOut(user) + 1)) +
+           sessionCookie("session", randomName(), kLifetime);
+}
+
+bool endSessions(const User& user, time_t now) {
+    time_t ended = std::max(now, lastLogOut(user) + 1);
+    return replaceFile(logOutFile(user), std::to_string(ended) + "\n");
 }
 
 std::string endSessionLine(const User& user, time_t now) {
-    if (!replaceFile(logOutFile(user), std::to_string(std::max(now, lastLogOut(user) + 1)) + "\n"))
-        throw PageError(507, kTextStorageFull);
-    return cookieLine("auth", "", 0) + cookieLine("session", "", 0);
+    if (!endSessions(user, now)) throw PageError(507, kTextStorageFull);
+    return sessionCookie("auth", "", 0) + sessionCookie("session", "", 0);
 }
 
 }  // namespace host

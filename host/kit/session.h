@@ -2,8 +2,9 @@
 #define ATTALVEN_HOST_KIT_SESSION_H
 
 // Who asks. The session is an authentication code of the support library in the cookie "auth"
-// (HttpOnly, SameSite=Strict, path /cgi-auth/, eight hours); a form's token is bound to that
-// cookie. A code made before the user's last log-out is refused.
+// (HttpOnly, SameSite=Strict, path /cgi-auth/, eight hours; Secure where the request came by
+// HTTPS); a form's token is bound to that cookie. A code made before the user's last log-out or
+// change of password, or of a user who cannot log in, is refused.
 
 #include <ctime>
 #include <string>
@@ -35,6 +36,9 @@ void checkToken(const Request& request, const User& user);
 /// The header line "Set-Cookie: ..." that starts or ends the session, LF at the end.
 std::string startSessionLine(const std::string& id, time_t now);
 std::string endSessionLine(const User& user, time_t now);
+
+/// Ends all sessions of the user. False when that could not be written.
+bool endSessions(const User& user, time_t now);
 
 }  // namespace host
 
