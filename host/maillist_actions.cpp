@@ -104,7 +104,7 @@ std::vector<MessageRef> messagesOf(const Request& request) {
     std::vector<MessageRef> messages;
     for (const std::string& ref : request.values("msg")) {
         size_t colon = ref.find(':');
-        if (colon == std::string::npos) throw PageError(400, kTextBadRequest);
+        if (colon >= ref.size() - 1) throw PageError(400, kTextBadRequest);
         messages.push_back({atoi(ref.c_str()), ref.substr(colon + 1)});
     }
     return messages;

@@ -165,7 +165,9 @@ void showBody(const View& view) {
     Message message = view.open();
     std::string charSet = message.charSet();
     Body body(message);
-    std::string id = view.path.empty() ? view.id() : strSafeAssign(message.info()->messageId);
+    // Goes into the library's links as it stands.
+    std::string id = urlEncoded(view.id());
+    if (!view.path.empty()) id += "&part=" + pathText(view.path);
     MailView shown{};
     shown.message = message.root();
     shown.file = body.file();

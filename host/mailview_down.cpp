@@ -24,12 +24,6 @@ void sendPart(const Message& message, int number) {
     message.print(part);
 }
 
-/// The message that a link of the library means: it names the Message-ID of a forwarded message
-/// when it stands in the body of one.
-Message linkedMessage(const View& view) {
-    return {view.folder, view.number, view.request.value("msgid")};
-}
-
 /// The text of the request's query behind the last "&cid=", where the library writes a Content-ID
 /// as it stands in the mail: it may hold any byte that has a meaning in a query.
 std::string linkedContentId() {
@@ -39,7 +33,7 @@ std::string linkedContentId() {
 }
 
 void downloadByContentId(const View& view) {
-    Message message = linkedMessage(view);
+    Message message = view.open();
     std::string id = linkedContentId();
     for (int n = 1; n <= static_cast<int>(message.parts().size()); n++) {
         MailBody& part = message.part(n);
@@ -64,7 +58,7 @@ bool hasName(const Message& message, const MailBody& part, const std::string& li
 }
 
 void downloadByName(const View& view) {
-    Message message = linkedMessage(view);
+    Message message = view.open();
     for (const MailBody* part : message.parts()) {
         if (!hasName(message, *part, view.request.raw("filename"))) continue;
         printPassiveHeader();

@@ -69,22 +69,15 @@ std::string pathText(const PartPath& path) {
 }
 
 Message::Message(const Folder& folder, int n, const PartPath& path)
-    : Message(folder, n, std::string()) {
+    : file_(folder.file(), [](FILE*) {}), info_(nullptr, [](MailInfo* info) { mailFree(&info); }) {
+    read(folder.entry(n).offset, folder.entry(n).size);
     for (int number : path) enter(part(number));
 }
 
-Message::Message(const Folder& folder, int n, const std::string& id)
-    : file_(folder.file(), [](FILE*) {}), info_(nullptr, [](MailInfo* info) { mailFree(&info); }) {
-    read(folder.entry(n).offset, folder.entry(n).size, id.c_str());
-}
-
-void Message::read(int offset, int size, const char* id) {
+void Message::read(int offset, int size) {
     info_.reset(mailGetHeaderInfo(offset, size, file()));
     if (!info_) throw std::bad_alloc();
     mailParseBody(info_.get(), file());
-    // An empty id would find a forwarded message that has none.
-    MailInfo* inner = *id ? mailGetRFC822MessageInfo(info_.get(), file(), id) : nullptr;
-    if (inner && inner != info_.get()) info_.reset(inner);
     parts_.clear();
     MailBodyList** index = mailGetBody(root());
     for (MailBodyList** at = index; at && *at; at++) parts_.push_back((*at)->body);
@@ -110,7 +103,7 @@ void Message::enter(MailBody& part) {
         info_.reset();
         file_ = copy;
     }
-    read(offset, size, "");
+    read(offset, size);
 }
 
 MailBody& Message::part(int number) const {

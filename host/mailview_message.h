@@ -27,8 +27,6 @@ class Message {
     /// Message `n` of a folder, which must stay open. PageError 404 for a part of the path that is
     /// not there or no message.
     Message(const Folder& folder, int n, const PartPath& path);
-    /// The message inside `folder`'s message `n` whose Message-ID is `id`, else that message.
-    Message(const Folder& folder, int n, const std::string& id);
 
     MailInfo* info() const { return info_.get(); }
     MailBody* root() const { return info_->body; }
@@ -65,7 +63,7 @@ class Message {
 
   private:
     using Info = std::unique_ptr<MailInfo, void (*)(MailInfo*)>;
-    void read(int offset, int size, const char* id);
+    void read(int offset, int size);
     void enter(MailBody& part);
     bool isDelimited(const MailBody& part) const;
 

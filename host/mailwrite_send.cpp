@@ -17,7 +17,6 @@ namespace host {
 
 namespace {
 
-constexpr size_t kKeyMax = 100;  // bytes of a Message-ID in the index of a folder
 constexpr int kNoServer = 590;
 
 void keep(const User& user, const char* folder, const File& entry) {
@@ -122,10 +121,10 @@ void settle(const Form& form, const ComposedMessage& sent, const std::vector<Del
             keepRest(form, deliveries, sender, user, folder);
         }
         folder.removeFiles();
-    } catch (const PageError&) {
+    } catch (const std::exception&) {
         try {
             folder.setNote("unkept", "1");
-        } catch (const PageError&) {
+        } catch (const std::exception&) {
         }
     }
 }
@@ -145,7 +144,7 @@ void saveDraft(const Form& form, const Sender& sender, const User& user, FormFol
     ComposedMessage composed(draft, sender, recipientsOf(form), folder, "UTF-8");
     keep(user, "drafts", composed.kept({recipientsOf(form).bcc, form.packed()}));
     std::string old = folder.note("draft");
-    folder.setNote("draft", composed.id().substr(0, kKeyMax));
+    folder.setNote("draft", messageKey(composed.id()));
     removeDraft(user, old);
 }
 

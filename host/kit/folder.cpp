@@ -12,6 +12,7 @@
 
 #include "delivery.h"
 #include "host_texts.h"
+#include "text.h"
 
 namespace host {
 
@@ -140,17 +141,29 @@ Folder::~Folder() {
 }
 
 int Folder::find(int n, const std::string& id) const {
-    bool exists = n >= 1 && n <= count();
-    if (exists && (id.empty() || messageKey(entry(n)) == id)) return n;
+    auto fits = [&, whole = messageKey(id)](int k) {
+        std::string key = messageKey(entry(k));
+        return id.empty() || key == id || key == whole;
+    };
+    if (n >= 1 && n <= count() && fits(n)) return n;
     for (int k = 1; !id.empty() && k <= count(); k++)
-        if (messageKey(entry(k)) == id) return k;
-    return exists ? n : 0;
+        if (fits(k)) return k;
+    return 0;
 }
 
 std::string messageKey(const FldrMsg& entry) {
-    if (*entry.msgId) return entry.msgId;
+    if (*entry.msgId) return messageKey(std::string(entry.msgId));
     auto subject = std::hash<std::string>()(std::string(entry.subject).substr(0, kKeySubject));
-    return "-" + std::to_string(entry.date) + "-" + std::to_string(subject) + "-" + entry.from;
+    return messageKey("-" + std::to_string(entry.date) + "-" + std::to_string(subject) + "-" +
+                      entry.from);
+}
+
+std::string messageKey(const std::string& messageId) {
+    constexpr size_t kMost = 96;  // an index cuts texts of 8-bit bytes at 99 or 100
+    std::string key;
+    for (char c : messageId.substr(0, kMost))
+        key += c > ' ' && c < '\x7F' ? std::string(1, c) : urlEncoded({&c, 1});
+    return key;
 }
 
 void changeFolder(const User& user, const std::string& name,

@@ -39,8 +39,8 @@ class Folder {
     Fldr* index() const { return index_; }
     FILE* file() const { return index_ ? index_->fp : nullptr; }
     const std::string& name() const { return name_; }
-    /// The message that a link means: number `n` if it still has the key `id` ("" or one that no
-    /// message has: any), else the one that has it. 0 when there is none.
+    /// The message that a link means: number `n` if it still has the key `id` ("": any), else the
+    /// one that has it. 0 when there is none. `id` may be a whole Message-ID too.
     int find(int n, const std::string& id) const;
 
   private:
@@ -51,8 +51,10 @@ class Folder {
 };
 
 /// What a message is known by when the folder has changed: its Message-ID, or without one its
-/// date, subject and sender.
+/// date, subject and sender; at most 96 bytes of it. Printable ASCII whatever it was, so that links
+/// and forms bring it back unchanged.
 std::string messageKey(const FldrMsg& entry);
+std::string messageKey(const std::string& messageId);
 
 /// One message as the pages name it: its number and its key ("": whatever has the number).
 struct MessageRef {

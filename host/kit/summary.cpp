@@ -61,14 +61,13 @@ std::string shownAddress(const std::string& header, const char* field, const std
     return more ? shown + " +" + std::to_string(more) : shown;
 }
 
-std::string keyOf(const MailInfo& mail) {
+/// What the folder's index says of a message with that header.
+FldrMsg entryOf(FILE* header) {
     FldrMsg entry = {};
-    const char* address = mail.from ? mailGetStrOneAddr(mail.from) : "";
-    snprintf(entry.msgId, sizeof entry.msgId, "%s", strSafeAssign(mail.messageId));
-    snprintf(entry.from, sizeof entry.from, "%s", address);
-    snprintf(entry.subject, sizeof entry.subject, "%s", strSafeAssign(mail.subject));
-    entry.date = mail.date;
-    return messageKey(entry);
+    Fldr* index = fldrProcessing(header);
+    if (index && fldrMsgMax(index) > 0) entry = *index->msgs[0];
+    fldrFree(index);
+    return entry;
 }
 
 /// What is parsed for a row.
@@ -77,17 +76,18 @@ struct Parsed {
     std::string key, from, to, subject;
 };
 
-Parsed parse(const std::string& header) {
+Parsed parse(const std::string& block) {
     Parsed p = {};
-    std::string ended = header + "\n";  // without an empty line the last field is no field
-    OpenFile file(fmemopen(ended.data(), ended.size(), "r"));
-    MailInfo* mail = mailGetHeaderInfo(0, static_cast<int>(ended.size()), file.get());
+    std::string header = block + "\n";  // without an empty line the last field is no field
+    OpenFile file(fmemopen(header.data(), header.size(), "r"));
+    MailInfo* mail = mailGetHeaderInfo(0, static_cast<int>(header.size()), file.get());
     if (!mail) throw PageError(503, kTextInternalError);
     std::string set = strSafeAssign(mail->body ? mail->body->charSet : nullptr);
-    p.row.priority = mail->priority;
-    p.row.date = mail->date;
-    p.key = keyOf(*mail);
     mailFree(&mail);
+    FldrMsg entry = entryOf(file.get());
+    p.row.priority = entry.priority;
+    p.row.date = entry.date;
+    p.key = messageKey(entry);
     p.subject = shortened(headerText(headerValue(header, "Subject"), set), kSubjectMax);
     p.from = shownAddress(header, "From", set);
     p.to = shownAddress(header, "To", set);
@@ -97,18 +97,17 @@ Parsed parse(const std::string& header) {
 /// Takes the Status lines off a header, so that what else is in it can be compared, and gives the
 /// marks that they hold.
 unsigned takeStatus(std::string& header) {
-    constexpr const char* kField = "\nStatus:";
     unsigned status = 0;
-    for (size_t at = 0; (at = header.find("\nS", at)) != header.npos;) {
-        if (strNCaseCmp(header.c_str() + at, kField, 8) != 0) {
-            at++;
-            continue;
-        }
-        size_t end = std::min(header.find('\n', at + 1), header.size());
-        for (char c : std::string_view(header).substr(at + 8, end - at - 8))
+    std::string rest;
+    for (size_t at = 0, end; at < header.size(); at = end) {
+        end = std::min(header.find('\n', at), header.size() - 1) + 1;
+        std::string_view line = std::string_view(header).substr(at, end - at);
+        bool isStatus = at > 0 && line.size() > 7 && strNCaseCmp(line.data(), "Status:", 7) == 0;
+        if (!isStatus) rest += line;
+        for (char c : line.substr(isStatus ? 7 : line.size()))
             status |= c == 'R' ? FLDR_READ : c == 'O' ? FLDR_OLD : 0;
-        header.erase(at, end - at);
     }
+    header = std::move(rest);
     return status;
 }
 
