@@ -75,7 +75,7 @@ void runSiteTexts(SettingsForm& form, const Request& request) {
     form.takeLines(request, "welcome_text", kTextMax);
     form.takeLines(request, "site_signature", kTextMax);
     if (form["welcome"] == "1" && form["welcome_text"].empty())
-        form.complain("welcome_text", kTextReplyEmpty);
+        form.complain("welcome_text", kTextWelcomeEmpty);
     if (!form.isGood()) return;
     admOptions.admMailFlag = form.number("welcome");
     snprintf(admOptions.admMailSubject, sizeof admOptions.admMailSubject, "%s",

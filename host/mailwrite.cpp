@@ -2,6 +2,7 @@
 // replyall, forward, draft) or the results of a form that was sent (cmd=sent); POST attaches files,
 // saves a draft or sends, by the button that was pressed.
 
+#include <cstdio>
 #include <string>
 #include <utility>
 
@@ -76,6 +77,10 @@ void post(const Request& request, const User& user) {
     } catch (const PageError& error) {
         notes.problems.push_back({"", message(error.message)});
         status = error.status;
+    } catch (const std::exception& error) {
+        fprintf(stderr, "mailwrite: %s\n", error.what());
+        notes.problems.push_back({"", message(kTextInternalError)});
+        status = 500;
     }
     showForm(form, sender, user, folder, notes, notes.problems.empty() ? 200 : status);
 }

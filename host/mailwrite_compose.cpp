@@ -18,7 +18,8 @@ namespace {
 
 enum Code { kRaw = 1, kQuotedPrintable = 2, kBase64 = 3 };
 constexpr int kPlainBody = 1, kHtmlBody = 2, kAlwaysMultipart = 2;
-constexpr size_t kLineMax = 990;  // bytes of a line of mail (RFC 5322 section 2.1.1)
+constexpr size_t kAddressMax = 2000;  // bytes of an address in angle brackets
+constexpr size_t kLineMax = 990;      // bytes of a line of mail (RFC 5322 section 2.1.1)
 
 /// The set in which the library takes the texts of a message that is sent in `charSet`.
 std::string pageSetOf(const std::string& charSet) {
@@ -94,12 +95,14 @@ std::string guarded(const std::string& text) {
         char next = text[i + 1];
         bool isTag =
             (next >= 'a' && next <= 'z') || (next >= 'A' && next <= 'Z') || strchr("/!?", next);
-        std::string inner = text.substr(i, text.find_first_of("> \t\n", i) - i + 1);
+        if (!isTag) continue;
+        std::string inner = text.substr(i, kAddressMax);
+        inner.resize(std::min(inner.find_first_of("> \t\n"), inner.size() - 1) + 1);
         bool isAddress =
             inner.back() == '>' && next != '/' && next != '!' &&
             (inner.find('@') != std::string::npos || inner.find("://") != std::string::npos) &&
             takeText(strStripHTMLTag(inner.c_str())) == inner.substr(1, inner.size() - 2);
-        if (isTag && !isAddress) out += ' ';
+        if (!isAddress) out += ' ';
     }
     return out;
 }

@@ -42,12 +42,11 @@ std::string textOfReference(const std::string& name) {
 std::string withoutReferences(const std::string& text) {
     std::string out;
     for (size_t at = 0; at < text.size();) {
-        size_t end = text[at] == '&' ? text.find(';', at) : std::string::npos;
-        std::string character = end != std::string::npos && end - at < 12
-                                    ? textOfReference(text.substr(at + 1, end - at - 1))
-                                    : "";
+        std::string name = text[at] == '&' ? text.substr(at + 1, 11) : "";
+        size_t end = name.find(';');
+        std::string character = end == name.npos ? "" : textOfReference(name.substr(0, end));
         out += character.empty() ? text.substr(at, 1) : character;
-        at = character.empty() ? at + 1 : end + 1;
+        at += character.empty() ? 1 : end + 2;
     }
     return out;
 }

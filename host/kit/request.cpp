@@ -64,10 +64,11 @@ std::string boundaryOf(const std::string& contentType) {
 std::string withoutReferences(const std::string& utf8) {
     std::string out;
     for (size_t i = 0; i < utf8.size(); i++) {
-        size_t end = utf8.compare(i, 2, "&#") == 0 ? utf8.find(';', i) : std::string::npos;
-        std::string digits;
-        if (end != std::string::npos && end - i <= 9) digits = utf8.substr(i + 2, end - i - 2);
-        bool number = !digits.empty() && digits.find_first_not_of("0123456789") == digits.npos;
+        std::string digits = utf8.compare(i, 2, "&#") == 0 ? utf8.substr(i + 2, 8) : "";
+        digits.resize(std::min(digits.find(';'), digits.size()));
+        size_t end = i + 2 + digits.size();
+        bool number = !digits.empty() && end < utf8.size() && utf8[end] == ';' &&
+                      digits.find_first_not_of("0123456789") == digits.npos;
         unsigned code = number ? static_cast<unsigned>(std::stoul(digits)) : 0;
         if (code >= 0x80 && code < 0x110000 && (code < 0xD800 || code > 0xDFFF)) {
             out += utf8Of(code);
