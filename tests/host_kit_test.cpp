@@ -12,6 +12,7 @@
 
 #include "host/kit/folder.h"
 #include "host/kit/mbox_scan.h"
+#include "host/kit/passwords.h"
 #include "host/kit/request.h"
 #include "host/kit/summary.h"
 #include "kit/site.h"
@@ -128,6 +129,68 @@ TEST_F(HostKit, MessagesWithoutIdAreToldApart) {
     Summary trash(kim, "trash");
     ASSERT_EQ(trash.rows().size(), 1U);
     EXPECT_EQ(trash.rows()[0].subject, "가");
+}
+
+TEST_F(HostKit, MessagesAreFoundByAnyId) {
+    const std::string ids[] = {"\xB0\xA1+&%41'x", std::string(99, 'y') + "\xB0\xA1z",
+                               "\x01 b \x7F"};
+    std::string inbox = mail("1", "one");
+    for (const std::string& id : ids) inbox += mail(id, "odd");
+    for (const std::string& header :
+         {"From: " + std::string(120, '\xB0') + "@x",
+          std::string("From: a@x\nFrom: b@x\nDate: Mon, 5 Jan 2004 00:00:00 +0000\nDate: no"),
+          std::string("Message-ID: <m1>\nMessage-ID: <m2>")})
+        inbox += "From a Mon Jan  5 00:00:00 2004\n" + header + "\n\ntext\n\n";
+    fill("inbox", inbox);
+    std::vector<std::string> keys;
+    {
+        Summary summary(kim, "inbox");
+        host::Folder folder(kim, "inbox");
+        for (const Summary::Row& row : summary.rows()) {
+            std::string key = keys.emplace_back(row.key);
+            for (char c : key) EXPECT_TRUE(c > ' ' && c < '\x7F') << key;
+            EXPECT_EQ(folder.find(9, key), row.number) << key;
+        }
+        EXPECT_EQ(folder.find(2, ids[0]), 2);
+        EXPECT_EQ(folder.find(2, "gone"), 0) << "another message has the number now";
+    }
+    ASSERT_EQ(keys.size(), 7U);
+    for (const std::string& key : keys)
+        EXPECT_EQ(host::moveMessages(kim, "inbox", "trash", {{5, key}}), 1U) << key;
+}
+
+TEST_F(HostKit, SessionEndsWithPasswordAndLock) {
+    auto logIn = [] {
+        std::string line = host::startSessionLine("kim", time(nullptr));
+        EXPECT_EQ(line.find("Secure") != line.npos, getenv("HTTPS") != nullptr) << line;
+        std::string value = line.substr(12, line.find(';') - 12);
+        setenv("HTTP_COOKIE", value.c_str(), 1);
+    };
+    auto isIn = [] {
+        try {
+            return host::currentUser().id == "kim";
+        } catch (const host::PageError& error) {
+            return error.status != 403;
+        }
+    };
+    std::string file = std::string(conf.mboxRootDir) + "/auth.db";
+    std::vector<bool> seen;
+    logIn();
+    seen.push_back(isIn());  // nobody without a password
+    host::setPassword("kim", "one");
+    setenv("HTTPS", "on", 1);
+    logIn();
+    unsetenv("HTTPS");
+    seen.push_back(isIn());
+    std::string line = kit::readFile(file);
+    kit::writeFile(file, "kim:!" + line.substr(4));
+    seen.push_back(isIn());
+    kit::writeFile(file, line);
+    seen.push_back(isIn());
+    host::setPassword("kim", "two");
+    seen.push_back(isIn());
+    EXPECT_EQ(seen, (std::vector<bool>{false, true, false, true, false}));
+    unsetenv("HTTP_COOKIE");
 }
 
 TEST_F(HostKit, DamagedListIsMadeAgain) {

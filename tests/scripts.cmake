@@ -20,8 +20,7 @@ if(NOT ATTALVEN_SANITIZE)
     add_test(NAME host_mailview
         COMMAND ${Python3_EXECUTABLE} ${CMAKE_CURRENT_SOURCE_DIR}/host/mailview.py ${CMAKE_BINARY_DIR})
     add_test(NAME host_mailwrite
-        COMMAND ${Python3_EXECUTABLE} ${CMAKE_CURRENT_SOURCE_DIR}/host/mailwrite.py ${CMAKE_BINARY_DIR}
-            ${ATTALVEN_SYSCONFDIR})
+        COMMAND ${Python3_EXECUTABLE} ${CMAKE_CURRENT_SOURCE_DIR}/host/mailwrite.py ${CMAKE_BINARY_DIR})
     set_tests_properties(host_mailview host_mailwrite PROPERTIES SKIP_RETURN_CODE 77 TIMEOUT 300 RESOURCE_LOCK site)
 endif()
 

@@ -1,12 +1,12 @@
 #!/usr/bin/env python3
-"""mailwrite.py BUILD SYSCONFDIR: posts compose forms to mailwrite.cgi by hand and reads what a strict SMTP server on
+"""mailwrite.py BUILD: posts compose forms to mailwrite.cgi by hand and reads what a strict SMTP server on
 loopback got, what the folders keep and what the pages say. Makes the site BUILD/site, where the programs look for it."""
-import base64, email, email.policy, fcntl, glob, hashlib, hmac, html, json, mailbox, os, re, secrets, shutil, socket
-import subprocess, sys, time
+import base64, email, email.policy, glob, html, json, mailbox, os, re, secrets, socket, subprocess, sys, time
 from urllib.parse import urlencode
+import sites
 
-BUILD, SYSCONFDIR = (os.path.abspath(a) for a in sys.argv[1:3])
-SITE, SESSION = f"{BUILD}/site", secrets.token_hex(16)
+BUILD = os.path.abspath(sys.argv[1])
+(SITE, KEY), SESSION = sites.make(BUILD, "kim"), secrets.token_hex(16)
 MBOX, TAKEN = f"{SITE}/mbox/k/i/kim", f"{SITE}/taken"
 failures = 0
 SERVER = """
@@ -37,15 +37,7 @@ def expect(what, got, want):
 
 
 def make_site(port):
-    shutil.rmtree(SITE, ignore_errors=True)
-    env = {**os.environ, "ATTALVEN_SITE": SITE}
-    for command in (["site", "init", SITE, "--host", "mail.localhost"], ["user", "add", "kim"],
-                    ["prefs", "set", "ATTACH_FILE_LIMIT_SIZE=1", "ATTACH_FILE_LIMIT_NUM=3"]):
-        subprocess.run([f"{BUILD}/bin/attalven", *command], env=env, check=True, stdout=subprocess.DEVNULL)
-    shutil.copytree(f"{BUILD}/host/template", f"{SITE}/doc/template", dirs_exist_ok=True)
-    for path in glob.glob(f"{BUILD}/host/conf/*"):
-        with open(path, "rb") as rows, open(f"{SITE}/conf/{os.path.basename(path)}", "ab") as table:
-            table.write(rows.read())
+    sites.run(BUILD, SITE, "attalven", "prefs", "set", "ATTACH_FILE_LIMIT_SIZE=1", "ATTACH_FILE_LIMIT_NUM=3")
     for path, text in ((f"{SITE}/mbox/smtp_server_list.ini", f"127.0.0.1:{port}\n"),
                        (f"{MBOX}/signature.txt", "김철수\nExample & Sons\n")):
         with open(path, "w") as out:
@@ -53,25 +45,13 @@ def make_site(port):
     os.mkdir(TAKEN)
 
 
-def code(user, key):
-    pack = lambda b: base64.urlsafe_b64encode(b).decode().rstrip("=")
-    text = f"{pack(user.encode())}.{int(time.time()) + 7 * 3600}"
-    signature = hmac.new(key.encode(), f"attalven-auth-code-1:{text}".encode(), hashlib.sha256).digest()
-    return f"{text}.{pack(signature)}"
-
-
-def key():
-    with open(f"{SITE}/conf/attalven.conf") as f:
-        return re.search(r"ADMIN_KEY *= *(\S+)", f.read())[1]
-
-
 def cgi(query="", fields=None, files=(), lang="kor", token=None):
     """Status, page text and Location of a request; `files` are (field, name, content)."""
     env = {"REQUEST_METHOD": "GET", "QUERY_STRING": query, "REMOTE_ADDR": "127.0.0.1",
-           "HTTP_COOKIE": f"auth={code('kim', key())}; session={SESSION}; lang={lang}"}
+           "HTTP_COOKIE": f"auth={sites.code('kim', KEY)}; session={SESSION}; lang={lang}"}
     body = b""
     if fields is not None:
-        token = code("kim", f"{key()}:form:{SESSION}") if token is None else token
+        token = sites.code("kim", f"{KEY}:form:{SESSION}") if token is None else token
         for name, value in {"token": token, "_charset_": "utf-8", **fields}.items():
             body += f'--B\r\nContent-Disposition: form-data; name="{name}"\r\n\r\n{value}\r\n'.encode()
         for name, file, content in files:
@@ -264,7 +244,7 @@ def check_hostile():
                                        "Content-Type"]), before + 1, False))
     inner = [p for p in m.walk() if p.get_content_type() == "message/rfc822"][0].get_content()
     expect("message file", str(inner["subject"]), "inner")
-    expect("forged token", (cgi("", new(), token="x")[0], cgi("", new(), token=code("lee", key()))[0], taken()), (403, 403, []))
+    expect("forged token", (cgi("", new(), token="x")[0], cgi("", new(), token=sites.code("lee", KEY))[0], taken()), (403, 403, []))
     expect("foreign form", cgi("", new(form="../../../../k/i/kim"))[0], 400)
     status, page, _ = cgi("", new(), [("attach", f"{n}.bin", b"x" * 300000) for n in range(3)])
     expect("within the limit", (status, len(taken())), (303, 1))
@@ -273,19 +253,13 @@ def check_hostile():
     expect("far over the limit", (cgi("", new(), [("attach", "big", b"x" * 30_000_000)])[0], taken()), (413, []))
     left = [f for f in glob.glob(f"{MBOX}/upload/**", recursive=True) if os.path.isfile(f) and "/upload-" in f]
     expect("uploads left behind", left, [])
-    subprocess.run([f"{BUILD}/bin/attalven", "prefs", "set", "kim", "EMAIL_NAME=김\" 철수", "REPLY_TO=김 <reply@localhost>"],
-                   env={**os.environ, "ATTALVEN_SITE": SITE}, check=True, stdout=subprocess.DEVNULL)
+    sites.run(BUILD, SITE, "attalven", "prefs", "set", "kim", "EMAIL_NAME=김\" 철수", "REPLY_TO=김 <reply@localhost>")
     cgi("", new())
     m = taken()[0][2]
     expect("sender", (m["from"].addresses[0].display_name, str(m["reply-to"])), ("김\" 철수", "reply@localhost"))
 
 
 def main():
-    if SYSCONFDIR != f"{SITE}/conf":
-        print(f"SKIPPED: the programs look for {SYSCONFDIR}, not for {SITE}/conf (-DATTALVEN_SYSCONFDIR)")
-        sys.exit(77)
-    lock = open(f"{BUILD}/serve.lock", "w")  # of host/serve, which makes its site in the same place
-    fcntl.flock(lock, fcntl.LOCK_EX)
     with socket.create_server(("127.0.0.1", 0)) as s:
         port = s.getsockname()[1]
     make_site(port)

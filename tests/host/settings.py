@@ -2,6 +2,7 @@
 """settings.py BUILD EXIM SYSCONFDIR WORK: drives mailpref, mailadm and mailrcpt by hand on a site of its own, which stands
 in SYSCONFDIR for these processes alone, and lets Exim deliver by what they wrote."""
 import os, re, shutil, subprocess, sys, urllib.parse
+import sites
 
 BUILD, EXIM, SYSCONFDIR, WORK = (os.path.abspath(a) for a in sys.argv[1:5])
 ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
@@ -29,10 +30,10 @@ def run(program, *args, **options):
                           text=True, **options).stdout
 
 
-def cgi(program, query="", cookie="", form=None):
+def cgi(program, query="", cookie="", form=None, more=None):
     body = urllib.parse.urlencode(form, errors="surrogateescape").encode() if form else b""
     env = {"REQUEST_METHOD": "POST" if form else "GET", "QUERY_STRING": query, "HTTP_COOKIE": cookie, "REMOTE_ADDR": "127.0.0.1",
-           "CONTENT_TYPE": "application/x-www-form-urlencoded", "CONTENT_LENGTH": str(len(body))}
+           "CONTENT_TYPE": "application/x-www-form-urlencoded", "CONTENT_LENGTH": str(len(body)), **(more or {})}
     out = subprocess.run([f"{BUILD}/host/cgi-auth/{program}.cgi"], input=body, env=env, capture_output=True).stdout
     head, _, page = out.partition(b"\n\n")
     return int((re.search(rb"Status: (\d+)", head) or [0, b"200"])[1]), head.decode("latin-1"), page
@@ -65,9 +66,7 @@ def deliver(sender, recipient):
 
 
 run("attalven", "site", "init", SITE)
-shutil.copytree(f"{BUILD}/host/template", f"{SITE}/doc/template", dirs_exist_ok=True)
-with open(f"{SITE}/conf/msg.eng", "a") as table:
-    table.write(read(f"{BUILD}/host/conf/msg.eng"))
+sites.add_pages(BUILD, SITE)
 shutil.copy(f"{SITE}/conf/attalven.conf", SYSCONFDIR)
 for user in ("kim", "lee", "eve", "sysop"):
     run("attalven", "user", "add", user)
@@ -123,8 +122,16 @@ expect("ends the old session", cgi("mailpref", "", kim.cookie)[0] == 403 and Vis
 made = admin.post("mailadm", form="add", new_id="park", new_id_password="third-password")[0]
 bad = [admin.post("mailadm", form="add", new_id=i, new_id_password="third-password")[0] for i in ("park", "../x", "a/b")]
 expect("users are added", made == 303 and bad == [422] * 3 and Visitor("park", "third-password").token(), bad)
+park = Visitor("park", "third-password")
 expect("users are locked", admin.post("mailadm", form="lock", locked_id="park")[0] == 303
-       and not Visitor("park", "third-password").cookie)
+       and not Visitor("park", "third-password").cookie and cgi("mailpref", "", park.cookie)[0] == 403)
+admin.post("mailadm", form="password", user_id="park", user_password="fourth-password")
+expect("a new password lets nobody back in", cgi("mailpref", "", park.cookie)[0] == 403
+       and Visitor("park", "fourth-password").token())
+origins = [cgi("login", form={"lang": "kor"}, more={"HTTP_HOST": "a:1", **more})[0] for more in (
+    {}, {"HTTP_ORIGIN": "http://a:1"}, {"HTTP_ORIGIN": "http://b:1"}, {"HTTP_ORIGIN": "null"},
+    {"HTTP_ORIGIN": "http://a:1", "HTTP_SEC_FETCH_SITE": "cross-site"})]
+expect("the login page's forms come from itself", origins == [303, 303, 403, 403, 403], origins)
 
 with open(f"{kim.home}/sent", "w") as sent:
     sent.write("From kim@localhost Mon Jan  5 10:00:00 2004\nMessage-ID: <1.2@localhost>\nFrom: kim@localhost\n\nx\n\n")
