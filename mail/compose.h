@@ -165,19 +165,21 @@ ATTALVEN_API void mailSMimeHdrWrite(const char* envelopeFrom, const char* from, 
                                     FILE* out);
 
 /*
- * The SMTP server to use: a random line of smtp_server_list.ini in conf.mboxRootDir when its port
- * 25 answers, otherwise conf.serverName. At most 100 characters. Static: valid until the next call.
+ * The SMTP server to use: a random line of smtp_server_list.ini in conf.mboxRootDir, as
+ * sockConnect() takes it for port 25, when it answers, otherwise conf.serverName. At most 100
+ * characters. Static: valid until the next call.
  */
 ATTALVEN_API char* mailGetFastestSmtpServer(void);
 
 /*
- * Delivers the message in `message`, from its first byte to its end, to the port 25 of `server`
- * (RFC 5321) and leaves the stream at its start. The sender is the first address of `from`, the
- * recipients are the addresses of `to`; `mailDomain` has no effect. Result: one entry per recipient
- * in their order with the server's reply code, and a last entry with a NULL address. The code is
- * 590 where no server answered or the message could not be read to its end, and 553 for an address
- * over 300 bytes, which is not sent. A connection that takes no stream gives the last entry alone;
- * NULL when memory is out. Caller frees with mailComposeSendResultFree(), which passes over NULL.
+ * Delivers the message in `message`, from its first byte to its end, to `server` (RFC 5321), a host
+ * whose port 25 counts or "host:port", and leaves the stream at its start. The sender is the first
+ * address of `from`, the recipients are the addresses of `to`; `mailDomain` has no effect. Result:
+ * one entry per recipient in their order with the server's reply code, and a last entry with a NULL
+ * address. The code is 590 where no server answered or the message could not be read to its end,
+ * and 553 for an address over 300 bytes, which is not sent. A connection that takes no stream gives
+ * the last entry alone; NULL when memory is out. Caller frees with mailComposeSendResultFree(),
+ * which passes over NULL.
  */
 ATTALVEN_API MailSendResult* mailRFC822MsgSender(const char* from, const char* to,
                                                  const char* mailDomain, const char* server,

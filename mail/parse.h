@@ -53,7 +53,11 @@ typedef struct MailInfo {
     char* dateStr;
     int offset, size, bodyOffset, bodySize;
     MailAddress *from, *to, *cc, *auxAddr, *replyTo, *faxNum;
-    char *subject, *messageId, *auxStr;
+    char* subject; /* decoded, on one line */
+    /* What stands in angle brackets, without quotes and slashes; "_msgid" is added when it holds
+     * the name ending of a database file (.dbf, .fpt, .cdx). */
+    char* messageId;
+    char* auxStr;
     int priority; /* 1 (highest) to 5 */
     char *mailer, *auxStr2, *smime, *voiceId;
     MailBody* body;
@@ -185,10 +189,10 @@ ATTALVEN_API MailParam* mailParseParams(char* text);
 
 /*
  * Builds the tree of parts (RFC 2046 section 5.1) below the root body of `msg`, a record of
- * mailGetHeaderInfo, from `fp`. Nodes only record where their bytes lie. A body that is not
- * multipart is split at its first uuencoded block. At most 100 levels of multipart and 10,000 parts
- * are entered; what lies beyond is content. Result: 0 when `msg` or `fp` is NULL, else 1. Reads
- * conf.rootDir (mime.types).
+ * mailGetHeaderInfo, from `fp`, in place of one that it has. Nodes only record where their bytes
+ * lie. A body that is not multipart is split at its first uuencoded block. At most 100 levels of
+ * multipart and 10,000 parts are entered; what lies beyond is content. Result: 0 when `msg` or `fp`
+ * is NULL, else 1. Reads conf.rootDir (mime.types).
  */
 ATTALVEN_API int mailParseBody(MailInfo* msg, FILE* fp);
 
@@ -198,9 +202,9 @@ ATTALVEN_API int mailParseBody(MailInfo* msg, FILE* fp);
  *
  * mailParseMultipart gives the chain of parts found within the next `remaining` bytes, up to the
  * closing delimiter; NULL when there is none or `fp` or `boundary` is NULL. mailReadMimeHeader
- * reads one part header and leaves the stream at the part's content; NULL when memory is out.
- * mailParseSinglepart sets the root's offsets to the message's and gives the first child when the
- * body holds a uuencoded block, else NULL. Caller frees with mailFreeBody.
+ * reads one part header and leaves the stream at the part's content; NULL for a NULL `fp` or when
+ * memory is out. mailParseSinglepart sets the root's offsets to the message's and gives the first
+ * child when the body holds a uuencoded block, else NULL. Caller frees with mailFreeBody.
  */
 ATTALVEN_API MailBody* mailParseMultipart(MailInfo* msg, FILE* fp, const char* boundary,
                                           int remaining);

@@ -246,10 +246,10 @@ char* fileGetNameFromFilePath(const char* path);
 unsigned int getDiskFreeSize(const char* directory);
 
 /* ---- sockets ------------------------------------------------------------------------------- */
-/* Connects to a port of a host by TCP: name or address, IPv4 and IPv6, with time limits on
- * connecting, reading and writing. The descriptor, negative on failure; sockClose() closes it. A
- * peer that goes away never raises SIGPIPE. sockGetStatCode() reads one whole SMTP reply (RFC 5321,
- * 4.2) within the socket's SO_RCVTIMEO (else 10 minutes): its code, 0 for no reply or another. */
+/* Connects to a port of a host (name or address, IPv4 and IPv6; "host:port" replaces port 25) by
+ * TCP, with time limits on connecting, reading and writing. The descriptor, negative on failure;
+ * sockClose() closes it. A peer that goes away never raises SIGPIPE. sockGetStatCode() reads a
+ * whole SMTP reply (RFC 5321) in the socket's SO_RCVTIMEO (else 10 minutes): its code, else 0. */
 int sockConnect(const char* host, int port);
 int sockGetStatCode(FILE* stream);
 void sockClose(int fd);
@@ -269,8 +269,8 @@ int getYear(time_t t);
 int getMonth(time_t t);
 int getDay(time_t t);
 
-/* Seeds the generator, which works without it too; an even, unpredictable integer from 0 to n - 1,
- * 0 for n of 1 or less. */
+/* Seeds the generator, which works without it too; an unpredictable integer from 0 to n - 1, each
+ * equally likely, 0 for n of 1 or less. */
 void initRandom(void);
 int getRandom(int n);
 
