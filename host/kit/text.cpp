@@ -1,5 +1,6 @@
 #include "text.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -76,11 +77,19 @@ std::string converted(const std::string& utf8, const char* set, Other other) {
     if (!converter.isOpen()) return converted(utf8, "US-ASCII", other);
     std::string out, valid = isUtf8(utf8) ? std::string() : toUtf8(utf8, "UTF-8");
     std::string_view rest = valid.empty() ? utf8 : valid;
-    while (!converter.convert(rest, out) && !rest.empty()) {
+    // A converter looks far ahead before it refuses a character: behind one the next are few, too.
+    for (size_t window = rest.size(); !rest.empty(); window *= 2) {
+        size_t size = std::min(window, rest.size());
+        while (size < rest.size() && (rest[size] & 0xC0) == 0x80) size++;
+        std::string_view piece = rest.substr(0, size);
+        bool done = converter.convert(piece, out);
+        rest.remove_prefix(size - piece.size());
+        if (done || rest.empty()) continue;
         converter.close(out);
         auto [length, code] = firstCharacter(rest);
         out += other(code);
         rest.remove_prefix(length);
+        window = 1;
     }
     converter.close(out);
     return out;
