@@ -1,5 +1,5 @@
 """The jobs of bench/run: inputs, and for each job the commands of ours, of the peers and of the physical limit."""
-import base64, os, random, shutil, subprocess, sys
+import base64, os, random, re, shutil, subprocess, sys
 
 ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 BUILD = ROOT + "/build/bench"
@@ -76,6 +76,19 @@ def need(name):
             os._exit(0)
         os.waitpid(child, 0)
     return path
+
+
+def write_between(mark, lines):
+    """Puts what was measured between the marks of that name in docs/performance.md."""
+    path = ROOT + "/docs/performance.md"
+    with open(path) as f:
+        text = f.read()
+    marks = rf"(<!-- {mark} -->\n).*(<!-- end of {mark} -->)"
+    text, found = re.subn(marks, lambda m: m[1] + "\n".join(lines) + "\n" + m[2], text, flags=re.S)
+    if not found:
+        sys.exit(f"docs/performance.md has no place for {mark}")
+    with open(path, "w") as f:
+        f.write(text)
 
 
 def index(folder):
