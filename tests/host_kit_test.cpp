@@ -1,5 +1,4 @@
-// The page kit of the web mail: what a list shows of each mail, what survives a stale page or a
-// full disk, and what a form says.
+// The page kit of the web mail: lists, stale pages, a full disk, forms.
 
 #include <signal.h>
 #include <sys/resource.h>
@@ -92,6 +91,15 @@ TEST_F(HostKit, ScanAgreesWithTheIndex) {
         EXPECT_EQ(found[static_cast<size_t>(n - 1)].offset, fldrMsgEntryPos(n, index));
         EXPECT_EQ(found[static_cast<size_t>(n - 1)].size, fldrMsgSize(n, index)) << n;
     }
+    fldrFree(index);
+}
+
+TEST_F(HostKit, EntriesReadAloneAreThoseOfTheIndex) {
+    fill("inbox", kit::readFile(TEST_DATA "/sample.mbox"));
+    host::Folder folder(kim, "inbox");
+    Fldr* index = fldrProcessing(folder.file());
+    for (int n = 1; n <= fldrMsgMax(index); n++)
+        EXPECT_EQ(memcmp(&folder.entry(n), index->msgs[n - 1], sizeof(FldrMsg)), 0) << n;
     fldrFree(index);
 }
 

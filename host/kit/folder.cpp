@@ -18,7 +18,6 @@ namespace host {
 
 namespace {
 
-constexpr int kSystemAccounts = 1;   // admOptions.passwdFlag: a folder stays the same file
 constexpr size_t kKeySubject = 200;  // bytes of a subject that count for a key
 constexpr int kTries = 100;          // about 10 seconds
 
@@ -31,16 +30,6 @@ struct stat stateOf(const std::string& path) {
 bool isSame(const struct stat& a, const struct stat& b) {
     return a.st_dev == b.st_dev && a.st_ino == b.st_ino && a.st_size == b.st_size &&
            a.st_ctim.tv_sec == b.st_ctim.tv_sec && a.st_ctim.tv_nsec == b.st_ctim.tv_nsec;
-}
-
-/// fldrOpen(), waiting while the folder is busy; NULL for one that is missing or empty.
-Fldr* openWaiting(const std::string& path) {
-    for (int n = 0; n < kTries; n++) {
-        if (stateOf(path).st_size == 0) return nullptr;
-        if (Fldr* index = fldrOpen(path.c_str())) return index;
-        std::this_thread::sleep_for(std::chrono::milliseconds(100));
-    }
-    throw PageError(503, kTextFolderBusy);
 }
 
 /// The number that `ref` has now, 0 when its message is gone; not one of `taken`, since copies of a
@@ -91,6 +80,15 @@ class OpenForChange {
 
 }  // namespace
 
+Fldr* openWaiting(const std::string& path) {
+    for (int n = 0; n < kTries; n++) {
+        if (stateOf(path).st_size == 0) return nullptr;
+        if (Fldr* index = fldrOpen(path.c_str())) return index;
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    }
+    throw PageError(503, kTextFolderBusy);
+}
+
 const std::vector<FolderName>& folderNames() {
     static const std::vector<FolderName> names = {{"inbox", kTextFolderInbox},
                                                   {"drafts", kTextFolderDrafts},
@@ -107,48 +105,6 @@ std::string folderPath(const User& user, const std::string& name) {
     if (admOptions.passwdFlag == kSystemAccounts) return "/var/spool/mail/" + user.id;
     return std::string(conf.spoolRootDir) + "/" + mailGetUserSpoolPath(user.id.c_str()) + "/" +
            user.id;
-}
-
-Folder::Folder(const User& user, const std::string& name) : name_(name) {
-    std::string path = folderPath(user, name);
-    if (admOptions.passwdFlag == kSystemAccounts) {
-        index_ = openWaiting(path);
-        opened_ = true;
-        return;
-    }
-    int fd = open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
-    if (fd < 0 && errno == ENOENT) return;
-    struct stat st;
-    bool regular = fd >= 0 && fstat(fd, &st) == 0 && S_ISREG(st.st_mode);
-    stream_ = regular ? fdopen(fd, "r") : nullptr;
-    if (!stream_) {
-        if (fd >= 0) ::close(fd);
-        throw PageError(503, kTextFolderBusy);
-    }
-    index_ = fldrProcessing(stream_);
-    if (index_) return;
-    fclose(stream_);
-    throw PageError(503, kTextFolderBusy);
-}
-
-Folder::~Folder() {
-    if (opened_) {
-        fldrClose(index_);
-    } else {
-        fldrFree(index_);
-    }
-    if (stream_) fclose(stream_);
-}
-
-int Folder::find(int n, const std::string& id) const {
-    auto fits = [&, whole = messageKey(id)](int k) {
-        std::string key = messageKey(entry(k));
-        return id.empty() || key == id || key == whole;
-    };
-    if (n >= 1 && n <= count() && fits(n)) return n;
-    for (int k = 1; !id.empty() && k <= count(); k++)
-        if (fits(k)) return k;
-    return 0;
 }
 
 std::string messageKey(const FldrMsg& entry) {

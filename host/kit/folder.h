@@ -6,13 +6,18 @@
 
 #include <cstdio>
 #include <functional>
+#include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "mail/mail.h"
+#include "mbox_scan.h"
 #include "session.h"
 
 namespace host {
+
+constexpr int kSystemAccounts = 1;  // admOptions.passwdFlag: a folder stays the same file
 
 struct FolderName {
     const char* name;
@@ -23,10 +28,14 @@ const std::vector<FolderName>& folderNames();
 /// The path of a user's folder; PageError 404 for a name that is none of the four.
 std::string folderPath(const User& user, const std::string& name);
 
-/// A folder that is read: an index without marker where a rewrite replaces the file as a whole
+/// A folder that is read: without marker where a rewrite replaces the file as a whole
 /// (admOptions.passwdFlag is not 1), so that the frames and pictures of one page can be served at
-/// the same time; else fldrOpen(), waiting for up to 10 seconds. No messages when the folder is
+/// the same time; else by fldrOpen(), waiting for up to 10 seconds. No messages when the folder is
 /// missing or empty. PageError 503 when it stays busy.
+///
+/// A page shows one message of the 30,000: without marker the folder is only searched for the
+/// places of its messages, and the library makes an entry from the header that is asked for. The
+/// whole index is made when a message has to be found by its key.
 class Folder {
   public:
     Folder(const User& user, const std::string& name);
@@ -34,21 +43,29 @@ class Folder {
     Folder(const Folder&) = delete;
     Folder& operator=(const Folder&) = delete;
 
-    int count() const { return index_ ? fldrMsgMax(index_) : 0; }
-    const FldrMsg& entry(int n) const { return *index_->msgs[n - 1]; }
-    Fldr* index() const { return index_; }
-    FILE* file() const { return index_ ? index_->fp : nullptr; }
+    int count() const;
+    const FldrMsg& entry(int n) const;
+    FILE* file() const { return index_ ? index_->fp : stream_; }
     const std::string& name() const { return name_; }
     /// The message that a link means: number `n` if it still has the key `id` ("": any), else the
     /// one that has it. 0 when there is none. `id` may be a whole Message-ID too.
     int find(int n, const std::string& id) const;
 
   private:
+    FldrMsg readEntry(int n) const;
+
     std::string name_;
     FILE* stream_ = nullptr;
-    Fldr* index_ = nullptr;
+    std::unique_ptr<MboxScan> scan_;
+    std::vector<EntrySpan> places_;
+    mutable std::map<int, FldrMsg> entries_;
+    mutable Fldr* index_ = nullptr;
     bool opened_ = false;
 };
+
+/// fldrOpen(), waiting while the folder is busy; NULL for one that is missing or empty. PageError
+/// 503 when it stays busy.
+Fldr* openWaiting(const std::string& path);
 
 /// What a message is known by when the folder has changed: its Message-ID, or without one its
 /// date, subject and sender; at most 96 bytes of it. Printable ASCII whatever it was, so that links
