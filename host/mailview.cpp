@@ -31,7 +31,7 @@ void printFileHeader(const std::string& type, const std::string& name, uint64_t 
     printPassiveHeader();
     headerLine("Content-Disposition", attachmentDisposition(name));
     headerLine("Content-Length", std::to_string(size));
-    cgiMimeHeader(type.c_str());
+    startContent(type.c_str());
 }
 
 namespace {

@@ -177,7 +177,7 @@ void showBody(const View& view) {
 
     printIsolation(view.request.value("images") == "1");
     pageSetCharSet(htmlCharSet(body.pageSet().c_str()));
-    cgiMimeHeader("text/html");
+    startContent("text/html");
     // Links of the mail open outside of the frame, where other sites may not be shown.
     printf("<!DOCTYPE html>\n<html%s>\n<head>\n<title>%s</title>\n<base target=\"_blank\">\n",
            languageOf(charSet).c_str(),

@@ -85,7 +85,7 @@ void printTextHeader(const Message& message) {
                     strNCaseCmp(set.c_str(), "iso-2022-", 9) != 0;
     pageSetCharSet(readable ? htmlCharSet(set.c_str()) : "utf-8");
     printPassiveHeader();
-    cgiMimeHeader("text/plain");
+    startContent("text/plain");
 }
 
 std::string nameOf(const Message& message, const char* ending) {

@@ -11,6 +11,7 @@
 #include <ctime>
 #include <thread>
 
+#include "file.h"
 #include "host_texts.h"
 #include "mail/mail.h"
 #include "request.h"
@@ -132,6 +133,7 @@ void deliver(const std::string& path, FILE* from, const std::vector<EntrySpan>& 
     const char* end = missingLineEnds(lock.fd(), at);
     good = good && writeAt(lock.fd(), end, std::char_traits<char>::length(end), at) &&
            fsync(lock.fd()) == 0;
+    if (good && st.st_size == 0) syncFolderOf(path);  // the folder may be new
     if (good) return;
     if (ftruncate(lock.fd(), st.st_size) == 0) fsync(lock.fd());
     throw PageError(507, kTextStorageFull);

@@ -49,7 +49,16 @@ bool replaceFile(const std::string& path, const std::string& content, bool synce
     bool good = writeAll(fd, content) && (!synced || fsync(fd) == 0);
     good = close(fd) == 0 && good && rename(fresh.c_str(), path.c_str()) == 0;
     if (!good) unlink(fresh.c_str());
+    if (good && synced) syncFolderOf(path);
     return good;
+}
+
+void syncFolderOf(const std::string& path) {
+    std::string folder = path.substr(0, path.rfind('/') + 1);
+    int fd = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (fd < 0) return;
+    fsync(fd);
+    close(fd);
 }
 
 }  // namespace host

@@ -16,6 +16,9 @@ std::optional<std::string> readFile(const std::string& path, size_t most = 1 << 
 /// one stays then. `synced`: on disk before it counts.
 bool replaceFile(const std::string& path, const std::string& content, bool synced = true);
 
+/// Brings to the disk what was made or renamed in the folder of `path`.
+void syncFolderOf(const std::string& path);
+
 }  // namespace host
 
 #endif

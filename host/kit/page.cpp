@@ -61,7 +61,7 @@ std::string templateText(const char* name, const std::string& charSet) {
 /// The site has no templates, or its disk cannot be read: the message without them.
 void printPlainError(const PageError& error) {
     printf("Status: %d %s\n", error.status, reason(error.status));
-    cgiMimeHeader("text/plain; charset=utf-8");
+    startContent("text/plain; charset=utf-8");
     printf("%d %s\n%s\n", error.status, reason(error.status), message(error.message).c_str());
 }
 
@@ -190,14 +190,13 @@ void Page::print(const char* name) {
 void Page::respond(const char* name, int status) {
     // As a whole before its header: what fails on the way gets an error page.
     std::string content = captured([this, name] { print(name); });
-    responded = true;
     headerLine("Status", std::to_string(status) + " " + reason(status));
     headerLine("Content-Security-Policy", kContentSecurityPolicy);
     headerLine("X-Content-Type-Options", "nosniff");
     headerLine("Referrer-Policy", "same-origin");
     headerLine("Cache-Control", "no-store");
     pageSetCharSet(htmlCharSet(charSet_.c_str()));
-    cgiMimeHeader("text/html");
+    startContent("text/html");
     write(content);
 }
 
@@ -241,6 +240,11 @@ std::string captured(const std::function<void()>& print) {
     return {text, size};
 }
 
+void startContent(const char* type) {
+    responded = true;
+    cgiMimeHeader(type);
+}
+
 void headerLine(const std::string& name, const std::string& value) {
     std::string line = name + ": " + value;
     std::erase_if(line, [](char c) { return (c >= 0 && c < ' ') || c == '\x7F'; });
@@ -265,11 +269,10 @@ bool languageLine(const std::string& code) {
 }
 
 void redirect(const std::string& target) {
-    responded = true;
     headerLine("Status", "303 See Other");
     headerLine("Location", "/cgi-auth/" + target);
     headerLine("Cache-Control", "no-store");
-    cgiMimeHeader("text/plain; charset=utf-8");
+    startContent("text/plain; charset=utf-8");
 }
 
 int runProgram(const std::function<void()>& body) {

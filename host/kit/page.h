@@ -77,6 +77,9 @@ std::string captured(const std::function<void()>& print);
 /// A header line that stands before the Content-Type line; names and values without line breaks.
 void headerLine(const std::string& name, const std::string& value);
 
+/// Ends the header lines, with the type of the content; what fails behind it gets no error page.
+void startContent(const char* type);
+
 /// A line "Set-Cookie: ...", LF at the end, for the pages below /cgi-auth/ and for no script;
 /// Secure where the request came by HTTPS.
 std::string cookieLine(const std::string& name, const std::string& value, const char* sameSite,
