@@ -35,6 +35,6 @@ int main() {
     host::headerLine("X-Content-Type-Options", "nosniff");
     host::headerLine("Cache-Control", "no-store");
     host::headerLine("Content-Length", std::to_string(sizeof kDot));
-    startContent("image/gif");
+    host::startContent("image/gif");
     return fwrite(kDot, 1, sizeof kDot, stdout) == sizeof kDot && fflush(stdout) == 0 ? 0 : 1;
 }

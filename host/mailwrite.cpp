@@ -62,17 +62,19 @@ bool act(const Request& request, const Form& form, const Sender& sender, const U
     return notes.problems.empty();
 }
 
+/// A form whose session or token has ended comes back with its text: nothing is done for it, but
+/// nothing that was written is lost.
 void post(const Request& request, const User& user) {
-    checkToken(request, user);
     Sender sender(user);
     Form form(sender.preference);
     form.read(request);
     FormFolder folder(user, form.id);
     std::string results = "mailwrite.cgi?cmd=sent&form=" + form.id;
-    if (!sentResults(folder).empty()) return redirect(results);
     Notes notes;
     int status = 422;
     try {
+        checkToken(request, user);
+        if (!sentResults(folder).empty()) return redirect(results);
         if (act(request, form, sender, user, folder, notes)) return redirect(results);
     } catch (const PageError& error) {
         notes.problems.push_back({"", message(error.message)});
@@ -85,8 +87,23 @@ void post(const Request& request, const User& user) {
     showForm(form, sender, user, folder, notes, notes.problems.empty() ? 200 : status);
 }
 
+void showUnsent(const PageError& error) {
+    Request request;
+    if (!request.isPost()) throw error;
+    Page page;
+    page.text("ERROR", message(error.message));
+    for (const char* field : {"to", "cc", "bcc", "subject", "body"})
+        page.text(field, request.value(field));
+    page.respond("write_unsent.html", error.status);
+}
+
 void run() {
-    User user = currentUser();
+    User user;
+    try {
+        user = currentUser();
+    } catch (const PageError& error) {
+        return showUnsent(error);
+    }
     Request request(uploadFolder(user));
     if (request.isPost()) return post(request, user);
     get(request, user);

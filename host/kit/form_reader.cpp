@@ -109,7 +109,7 @@ void FormReader::readText(const PartHead& head) {
 }
 
 void FormReader::readFile(const PartHead& head) {
-    if (folder_.empty()) malformed();
+    if (folder_.empty()) return copyToDelimiter([](std::string_view) {});
     auto most = static_cast<size_t>(std::max(admOptions.attachFileLimitNum, 0));
     bool chosen = !head.fileName.empty();
     if (chosen && request_.uploads_.size() >= most) tooLarge();

@@ -31,7 +31,7 @@ class Request {
   public:
     /// Reads the environment and standard input. PageError 400 for a malformed form, 413 for one
     /// beyond the site's limits (admOptions.attachFileLimitSize in MiB, attachFileLimitNum files).
-    /// Uploads are stored below `uploadFolder`; a form with files is refused when that is "".
+    /// Uploads are stored below `uploadFolder`; files are passed over when that is "".
     explicit Request(const std::string& uploadFolder = "");
     ~Request();
     Request(const Request&) = delete;

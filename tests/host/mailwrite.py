@@ -45,10 +45,10 @@ def make_site(port):
     os.mkdir(TAKEN)
 
 
-def cgi(query="", fields=None, files=(), lang="kor", token=None):
+def cgi(query="", fields=None, files=(), lang="kor", token=None, session=SESSION):
     """Status, page text and Location of a request; `files` are (field, name, content)."""
     env = {"REQUEST_METHOD": "GET", "QUERY_STRING": query, "REMOTE_ADDR": "127.0.0.1",
-           "HTTP_COOKIE": f"auth={sites.code('kim', KEY)}; session={SESSION}; lang={lang}"}
+           "HTTP_COOKIE": f"auth={sites.code('kim', KEY if session else 'gone')}; session={session}; lang={lang}"}
     body = b""
     if fields is not None:
         token = sites.code("kim", f"{KEY}:form:{SESSION}") if token is None else token
@@ -244,6 +244,9 @@ def check_hostile():
                                        "Content-Type"]), before + 1, False))
     inner = [p for p in m.walk() if p.get_content_type() == "message/rfc822"][0].get_content()
     expect("message file", str(inner["subject"]), "inner")
+    for what, ended in (("form", {"token": "x"}), ("session", {"session": ""})):
+        status, page, _ = cgi("", new(body="쓰던 글 <b>", subject="제목"), [("attach", "a.txt", b"a")], **ended)
+        expect(f"text of an ended {what}", (status, "쓰던 글 &lt;b&gt;" in page, 'value="제목"' in page), (403, True, True))
     expect("forged token", (cgi("", new(), token="x")[0], cgi("", new(), token=sites.code("lee", KEY))[0], taken()), (403, 403, []))
     expect("foreign form", cgi("", new(form="../../../../k/i/kim"))[0], 400)
     status, page, _ = cgi("", new(), [("attach", f"{n}.bin", b"x" * 300000) for n in range(3)])
