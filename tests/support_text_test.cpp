@@ -38,7 +38,7 @@ TEST(SupportText, RowByRow) {
          {"strCaseCmp",
           kit::result(+[](const char* a, const char* b) { return sign(strCaseCmp(a, b)); })},
          {"strNCaseCmp", kit::result(+[](const char* a, const char* b, int n) {
-              return sign(strNCaseCmp(a, b, static_cast<size_t>(n)));
+              return sign(strNCaseCmp(a, b, n));
           })},
          {"strChkHan", kit::result(+[](const char* text) { return strChkHan(text) != 0; })},
          {"words", kit::result(words)},
