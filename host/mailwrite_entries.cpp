@@ -114,6 +114,11 @@ Entries::Entries(const FormFolder& folder, const std::string& pageSet, bool isHt
 }
 
 Entries::~Entries() {
+    // Only the pictures, which are copies: the form's own files stay, even if its site lies in
+    // /tmp.
+    std::erase_if(list_, [](const char* text) {
+        return text && !std::string_view(text).starts_with("cid_");
+    });
     mailComposeDeleteAttachFile(list_.data());
     std::error_code error;
     fs::remove_all(links_, error);

@@ -54,7 +54,7 @@ export async function refusals(site) {
         ["a folder that is a path", "cgi-auth/maillist.cgi?fldrname=../../l/e/lee", null, 404],
         ["another user's spool", "cgi-auth/mailview.cgi?fldrname=../../spool/l/e/lee&select=1", null, 404],
         ["a number beyond the folder", "cgi-auth/mailview.cgi?fldrname=inbox&select=999", null, 404],
-        ["another's Message-ID", mail + "&msgid=nobody%40example.org&cmd=raw", null, 200],
+        ["another's Message-ID", mail + "&msgid=nobody%40example.org&cmd=raw", null, 404],
         ["a part that is none", mail + "&cmd=down&part=77", null, 404],
         ["a change without a token", list, post({ cmd: "delete", msg: ref }), 403],
         ["a forged token", list, post({ cmd: "delete", msg: ref, token: token.slice(0, -2) + "AA" }), 403],
