@@ -23,6 +23,7 @@ namespace {
 
 constexpr size_t kFileMax = 64 << 20;                // of a summary file
 constexpr size_t kSubjectMax = 300, kNameMax = 100;  // characters
+constexpr int kFewMessages = 100;                    // that are parsed one by one
 constexpr long kClockTick = 20'000'000;  // ns: changes within one can have the same time
 
 struct FileCloser {
@@ -76,7 +77,31 @@ struct Parsed {
     std::string key, from, to, subject;
 };
 
-Parsed parse(const std::string& block) {
+/// The index of a whole folder, made when it is first asked: one for all messages is a hundredth of
+/// the work of one for each.
+class WholeIndex {
+  public:
+    explicit WholeIndex(int fd) : fd_(fd) {}
+    ~WholeIndex() { fldrFree(index_); }
+    WholeIndex(const WholeIndex&) = delete;
+    WholeIndex& operator=(const WholeIndex&) = delete;
+    /// The entry of message `n`, NULL when memory is out.
+    const FldrMsg* entry(int n) {
+        if (!file_) {
+            int copy = dup(fd_);
+            file_.reset(copy < 0 ? nullptr : fdopen(copy, "r"));
+            index_ = fldrProcessing(file_.get());
+        }
+        return fldrChkMsgBoundary(n, index_) ? index_->msgs[n - 1] : nullptr;
+    }
+
+  private:
+    int fd_;
+    OpenFile file_;
+    Fldr* index_ = nullptr;
+};
+
+Parsed parse(const std::string& block, const FldrMsg* known) {
     Parsed p = {};
     std::string header = block + "\n";  // without an empty line the last field is no field
     OpenFile file(fmemopen(header.data(), header.size(), "r"));
@@ -84,7 +109,7 @@ Parsed parse(const std::string& block) {
     if (!mail) throw PageError(503, kTextInternalError);
     std::string set = strSafeAssign(mail->body ? mail->body->charSet : nullptr);
     mailFree(&mail);
-    FldrMsg entry = entryOf(file.get());
+    FldrMsg entry = known ? *known : entryOf(file.get());
     p.row.priority = entry.priority;
     p.row.date = entry.date;
     p.key = messageKey(entry);
@@ -155,6 +180,8 @@ void Summary::build(int fd, const Summary* old) {
         }
     };
     MboxScan scan(fd);
+    WholeIndex whole(fd);
+    int parsed = 0;
     std::string header;
     for (const EntrySpan& span : scan.messages()) {
         header = scan.header(span);
@@ -165,7 +192,9 @@ void Summary::build(int fd, const Summary* old) {
             const Row& row = *same->second;
             add(row, {row.key, row.from, row.to, row.subject});
         } else {
-            Parsed p = parse(header);
+            bool many = ++parsed > kFewMessages;
+            Parsed p =
+                parse(header, many ? whole.entry(static_cast<int>(rows_.size()) + 1) : nullptr);
             p.row.digest = digest;
             add(p.row, {p.key, p.from, p.to, p.subject});
         }
