@@ -49,6 +49,8 @@ export async function refusals(site) {
     assert.equal(await status(list), 200);
     const token = await page.locator("[name=token]").first().getAttribute("value");
     const post = (form) => ({ fldrname: "inbox", ...form });
+    const count = async () => (await page.locator("main").innerText()).match(/\d+ messages/)[0];
+    const before = await count();
     const ref = await page.locator("[name=msg]").first().getAttribute("value");
     for (const [what, address, form, wanted] of [
         ["a folder that is a path", "cgi-auth/maillist.cgi?fldrname=../../l/e/lee", null, 404],
@@ -63,7 +65,7 @@ export async function refusals(site) {
         ["files of the site", "static/../../conf/attalven.conf", null, 404],
     ]) assert.equal(await status(address, form), wanted, what);
     await page.goto(folder(site, "inbox"));
-    assert.ok((await page.locator("main").innerText()).includes("36 messages"), "nothing was deleted");
+    assert.equal(await count(), before, "nothing was deleted");
     const cookies = await context.cookies();
     for (const cookie of cookies) assert.ok(cookie.httpOnly && cookie.sameSite === "Strict", cookie.name);
     const auth = cookies.find((c) => c.name === "auth");
