@@ -8,8 +8,8 @@
 
 #include "host_texts.h"
 #include "kit/page.h"
+#include "kit/part.h"
 #include "kit/text.h"
-#include "mailview_part.h"
 
 namespace host {
 
@@ -70,9 +70,7 @@ const Command& commandOf(const Request& request) {
 std::optional<MessageRef> answer(const Request& request, const User& user) {
     const Command& command = commandOf(request);
     Folder folder(user, request.value("fldrname"));
-    int n = folder.find(static_cast<int>(request.number("select", 1, FLDR_MAX_MSGS, 0)),
-                        request.value("msgid"));
-    if (!n) throw PageError(404, kTextNoSuchMessage);
+    int n = linkedMessage(folder, request);
     command.run({request, user, folder, n, partPath(request.value("part"))});
     if (command.run != showPage || folder.entry(n).status & FLDR_READ) return {};
     return MessageRef{n, messageKey(folder.entry(n))};

@@ -8,9 +8,9 @@
 #include <string>
 
 #include "kit/folder.h"
+#include "kit/message.h"
 #include "kit/request.h"
 #include "kit/session.h"
-#include "mailview_message.h"
 
 namespace host {
 

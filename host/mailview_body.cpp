@@ -10,16 +10,16 @@
 
 #include "host_texts.h"
 #include "kit/page.h"
+#include "kit/part.h"
 #include "kit/text.h"
 #include "mailview.h"
-#include "mailview_part.h"
 #include "support/page.h"
 
 namespace host {
 
 namespace {
 
-constexpr size_t kShownMax = 4 << 20;        // bytes of one text
+constexpr size_t kShownMax = 4 << 20;        // bytes of the texts
 constexpr const char* kPageText = "x-page";  // a set that no library knows: text stays as it is
 constexpr int kEightBit = 1;
 
@@ -31,17 +31,6 @@ struct Shown {
 void setText(char*& field, const std::string& text) {
     free(field);
     field = strdup(text.c_str());
-}
-
-std::string read(const Message& message, MailBody& part, bool& cut) {
-    std::string bytes;
-    message.decode(part, [&](std::string_view piece) {
-        cut = cut || bytes.size() + piece.size() > kShownMax;
-        bytes += piece.substr(0, kShownMax - bytes.size());
-        return !cut;
-    });
-    if (cut) bytes.resize(std::min(bytes.size(), bytes.rfind('\n')));  // no half character
-    return bytes;
 }
 
 /// Texts that the callback would print with whatever markup they hold.
@@ -81,8 +70,8 @@ class Body {
 
   private:
     void add(MailBody& part) {
-        std::string set = part.charSet ? part.charSet : "";
-        shown_.push_back({&part, mailToUtf8(read(message_, part, cut_), set)});
+        shown_.push_back({&part, message_.text(part, room_, cut_)});
+        room_ -= std::min(room_, shown_.back().text.size());
         if (needsEscaping(shown_.back())) escape(shown_.back());
     }
 
@@ -123,6 +112,7 @@ class Body {
     std::string pageSet_;
     std::unique_ptr<FILE, int (*)(FILE*)> owned_{nullptr, fclose};
     FILE* file_ = nullptr;
+    size_t room_ = kShownMax;
     bool cut_ = false;
 };
 

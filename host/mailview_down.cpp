@@ -5,9 +5,9 @@
 
 #include "host_texts.h"
 #include "kit/page.h"
+#include "kit/part.h"
 #include "kit/text.h"
 #include "mailview.h"
-#include "mailview_part.h"
 #include "support/page.h"
 
 namespace host {
@@ -21,7 +21,7 @@ namespace {
 void sendPart(const Message& message, int number) {
     MailBody& part = message.part(number);
     printFileHeader(downloadType(part), message.saveName(number), message.measure(part).size());
-    message.print(part);
+    message.write(part, stdout);
 }
 
 /// The text of the request's query behind the last "&cid=", where the library writes a Content-ID

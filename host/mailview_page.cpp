@@ -5,9 +5,9 @@
 
 #include "host_texts.h"
 #include "kit/page.h"
+#include "kit/part.h"
 #include "kit/text.h"
 #include "mailview.h"
-#include "mailview_part.h"
 
 namespace host {
 

@@ -3,8 +3,8 @@
 #include <map>
 
 #include "host_texts.h"
+#include "kit/part.h"
 #include "mailview.h"
-#include "mailview_part.h"
 #include "support/support.h"
 
 namespace host {
@@ -125,7 +125,7 @@ void downloadAll(const View& view) {
     for (size_t i = 0; i < zip.count(); i++) {
         std::string header = zip.fileHeader(i);
         fwrite(header.data(), 1, header.size(), stdout);
-        message.print(message.part(numbers[i]));
+        message.write(message.part(numbers[i]), stdout);
     }
     std::string directory = zip.directory();
     fwrite(directory.data(), 1, directory.size(), stdout);

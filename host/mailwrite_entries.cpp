@@ -10,6 +10,7 @@
 #include <filesystem>
 
 #include "host_texts.h"
+#include "kit/mail_text.h"
 #include "kit/text.h"
 #include "mail/mail.h"
 #include "support/support.h"
@@ -103,7 +104,7 @@ Entries::Entries(const FormFolder& folder, const std::string& pageSet, bool isHt
     if (mkdir(links_.c_str(), 0700) != 0) noRoom();
     for (const FormFile& file : folder.files()) {
         if (file.kind == FileKind::kForwarded)
-            texts_.push_back("forward@" + file.path);
+            addMessage(file);
         else if (file.kind == FileKind::kAttached || !isHtml)
             addFile(file, pageSet);
     }
@@ -137,13 +138,12 @@ void Entries::addFile(const FormFile& file, const std::string& pageSet) {
 /// A message is sent without its first line, which must therefore be a From_ line.
 void Entries::addMessage(const FormFile& file) {
     File in = opened(file.path);
-    char start[5] = {};
-    bool hasLine = fread(start, 1, sizeof start, in.get()) == sizeof start &&
-                   std::string(start, sizeof start) == "From ";
-    rewind(in.get());
-    std::string path = links_ + "/" + file.key;
-    copyToNew(in.get(), hasLine ? "" : std::string("From - ") + mailGetRFC822FromDate(0) + "\n",
-              path);
+    std::string path = file.path;
+    if (readHeader(in.get(), 0, 5) != "From ") {
+        path = links_ + "/" + file.key;
+        rewind(in.get());
+        copyToNew(in.get(), std::string("From - ") + mailGetRFC822FromDate(0) + "\n", path);
+    }
     texts_.push_back("forward@" + path);
 }
 

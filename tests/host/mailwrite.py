@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """mailwrite.py BUILD: posts compose forms to mailwrite.cgi by hand and reads what a strict SMTP server on
 loopback got, what the folders keep and what the pages say. Makes the site BUILD/site, where the programs look for it."""
-import base64, email, email.policy, glob, html, json, mailbox, os, re, secrets, socket, subprocess, sys, time
+import base64, email, email.policy, glob, html, json, mailbox, os, quopri, re, secrets, socket, subprocess, sys, time
 from urllib.parse import urlencode
 import sites
 
@@ -214,14 +214,17 @@ def check_answers():
     inner = [p for p in m.walk() if p.get_content_type() == "message/rfc822"][0].get_content()
     expect("forwarded", (str(m["subject"]), inner["message-id"], inner.get_payload(decode=True).decode("cp949")),
            ("Fwd: RE: 회의", "<one@b.example>", "<p>똠방 &lt;b&gt;<br>둘 &hearts;&#9829;</p>"))
-    with open(f"{SITE}/spool/k/i/kim", "w") as out:
-        out.write("From - Mon Jan  5 10:00:00 2004\nFrom: outer@b.example\nContent-Type: multipart/mixed; boundary=b\n\n--b\n\nx"
-                  "\n--b\nContent-Type: message/rfc822\n\n" + MESSAGE.split("\n", 1)[1].format(*encoded) + "--b--\n")
-    query = "fldrname=inbox&select=1&part=2&cmd="
-    form = values(cgi(query + "reply")[1])
-    cgi("", {**values(cgi(query + "forward")[1]), "to": "lee@localhost", "action": "send"})
-    inner = [p for p in taken()[0][2].walk() if p.get_content_type() == "message/rfc822"][0].get_content()
-    expect("message in a message", (form["to"], inner["message-id"]), ("list@b.example", "<one@b.example>"))
+    for encoding, encode in ("7bit", bytes), ("base64", base64.encodebytes), ("quoted-printable", quopri.encodestring):
+        with open(f"{SITE}/spool/k/i/kim", "wb") as out:
+            out.write(b"From - Mon Jan  5 10:00:00 2004\nFrom: outer@b.example\nContent-Type: multipart/mixed; boundary=b\n\n--b\n\nx"
+                      b"\n--b\nContent-Type: message/rfc822\nContent-Transfer-Encoding: " + encoding.encode() + b"\n\n" +
+                      encode(MESSAGE.split("\n", 1)[1].format(*encoded).encode()) + b"\n--b--\n")
+        query = "fldrname=inbox&select=1&part=2&cmd="
+        form = values(cgi(query + "reply")[1])
+        cgi("", {**values(cgi(query + "forward")[1]), "to": "lee@localhost", "action": "send"})
+        inner = [p for p in taken()[0][2].walk() if p.get_content_type() == "message/rfc822"][0].get_content()
+        expect(f"message in a message, {encoding}", (form["to"], form["body"].split("\n")[3:], inner["message-id"], inner.get_payload(decode=True).decode("cp949")),
+               ("list@b.example", ["> 똠방 <b>", "> 둘 &hearts;♥", ""], "<one@b.example>", "<p>똠방 &lt;b&gt;<br>둘 &hearts;&#9829;</p>"))
     with open(f"{SITE}/spool/k/i/kim", "w") as out:  # a delivery report: its second part has no Message-ID
         out.write("From - Mon Jan  5 10:00:00 2004\nFrom: daemon@b.example\nMessage-ID: <two@b.example>\nContent-Type:"
                   " multipart/report; boundary=b\n\n--b\n\nwhy\n--b\nContent-Type: message/delivery-status\n\nA: b\n\n--b--\n")

@@ -1,17 +1,18 @@
-#ifndef ATTALVEN_HOST_MAILVIEW_MESSAGE_H
-#define ATTALVEN_HOST_MAILVIEW_MESSAGE_H
+#ifndef ATTALVEN_HOST_KIT_MESSAGE_H
+#define ATTALVEN_HOST_KIT_MESSAGE_H
 
-// A message as mailview shows it: one of a folder, or one that stands as a part in another.
+// A stored message as the programs read it: one of a folder, or one that stands as a part in
+// another.
 
 #include <cstdio>
 #include <memory>
 #include <string>
 #include <vector>
 
-#include "kit/folder.h"
-#include "kit/mail_text.h"
-#include "kit/request.h"
-#include "mailview_part.h"
+#include "folder.h"
+#include "mail_text.h"
+#include "part.h"
+#include "request.h"
 
 namespace host {
 
@@ -21,6 +22,10 @@ using PartPath = std::vector<int>;
 /// PageError 404 for a text that is no path; "" is the empty one.
 PartPath partPath(const std::string& text);
 std::string pathText(const PartPath& path);
+
+/// The number of the message that a link names by its fields "select" and "msgid". PageError 404
+/// when it is gone.
+int linkedMessage(const Folder& folder, const Request& request);
 
 class Message {
   public:
@@ -49,10 +54,13 @@ class Message {
     std::string saveName(int number) const;
 
     /// The decoded content of a part, without the line break that belongs to the delimiter behind
-    /// it (RFC 2046 section 5.1.1): to `take` in pieces, measured, or printed.
+    /// it (RFC 2046 section 5.1.1): to `take` in pieces, measured, or written until `out` takes no
+    /// more.
     void decode(MailBody& part, const Take& take) const;
     Measure measure(MailBody& part) const;
-    void print(MailBody& part) const;
+    void write(MailBody& part, FILE* out) const;
+    /// A text in UTF-8; of one with more than `most` bytes the lines that fit, and `cut` is set.
+    std::string text(MailBody& part, size_t most, bool& cut) const;
 
     /// Number of the text part that is the body of the message, 0 without one: as the library's
     /// callback chooses it.

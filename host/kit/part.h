@@ -1,5 +1,5 @@
-#ifndef ATTALVEN_HOST_MAILVIEW_PART_H
-#define ATTALVEN_HOST_MAILVIEW_PART_H
+#ifndef ATTALVEN_HOST_KIT_PART_H
+#define ATTALVEN_HOST_KIT_PART_H
 
 // One part of a message: what it is, what it is called, what is in it.
 

@@ -1,4 +1,4 @@
-#include "mailview_part.h"
+#include "part.h"
 
 #include <algorithm>
 #include <array>
@@ -7,8 +7,8 @@
 #include <memory>
 #include <new>
 
-#include "kit/text.h"
 #include "support/support.h"
+#include "text.h"
 
 namespace host {
 

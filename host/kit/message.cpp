@@ -1,4 +1,4 @@
-#include "mailview_message.h"
+#include "message.h"
 
 #include <algorithm>
 #include <charconv>
@@ -6,8 +6,8 @@
 #include <new>
 
 #include "host_texts.h"
-#include "kit/text.h"
 #include "support/support.h"
+#include "text.h"
 
 namespace host {
 
@@ -68,6 +68,13 @@ std::string pathText(const PartPath& path) {
     return text;
 }
 
+int linkedMessage(const Folder& folder, const Request& request) {
+    int n = folder.find(static_cast<int>(request.number("select", 1, FLDR_MAX_MSGS, 0)),
+                        request.value("msgid"));
+    if (!n) throw PageError(404, kTextNoSuchMessage);
+    return n;
+}
+
 Message::Message(const Folder& folder, int n, const PartPath& path)
     : file_(folder.file(), [](FILE*) {}), info_(nullptr, [](MailInfo* info) { mailFree(&info); }) {
     read(folder.entry(n).offset, folder.entry(n).size);
@@ -94,10 +101,8 @@ void Message::enter(MailBody& part) {
     if (isEncoded(part)) {
         std::shared_ptr<FILE> copy(tmpfile(), [](FILE* f) { f ? fclose(f) : 0; });
         if (!copy) throw PageError(507, kTextStorageFull);
-        decode(part, [&copy](std::string_view bytes) {
-            return fwrite(bytes.data(), 1, bytes.size(), copy.get()) == bytes.size();
-        });
-        if (fflush(copy.get()) != 0) throw PageError(507, kTextStorageFull);
+        write(part, copy.get());
+        if (fflush(copy.get()) != 0 || ferror(copy.get())) throw PageError(507, kTextStorageFull);
         offset = 0;
         size = static_cast<int>(fileStrmGetSize(copy.get()));
         info_.reset();
@@ -159,10 +164,23 @@ Measure Message::measure(MailBody& part) const {
     return m;
 }
 
-void Message::print(MailBody& part) const {
-    decode(part, [](std::string_view bytes) {
-        return fwrite(bytes.data(), 1, bytes.size(), stdout) == bytes.size();
+void Message::write(MailBody& part, FILE* out) const {
+    decode(part, [out](std::string_view bytes) {
+        return fwrite(bytes.data(), 1, bytes.size(), out) == bytes.size();
     });
+}
+
+std::string Message::text(MailBody& part, size_t most, bool& cut) const {
+    std::string bytes;
+    bool longer = false;
+    decode(part, [&](std::string_view piece) {
+        longer = piece.size() > most - bytes.size();
+        bytes += piece.substr(0, most - bytes.size());
+        return !longer;
+    });
+    if (longer) bytes.resize(std::min(bytes.size(), bytes.rfind('\n')));  // no half character
+    cut = cut || longer;
+    return mailToUtf8(bytes, strSafeAssign(part.charSet));
 }
 
 int Message::bodyPart() const {
