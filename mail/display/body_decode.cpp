@@ -49,7 +49,7 @@ void replaceToken(OwnedText& text, const char* token, const char* by) {
 
 /// A page has its own META tags; those of a body would name the character set that the body had.
 void toPageCharSet(OwnedText& text, const char* charSet) {
-    if (charSet) {
+    if (!viewOf(charSet).empty()) {
         if (replaceText(text, mailDecodeCharSet(text.get(), charSet)))
             replaceToken(text, "<META", "<!-META");
     } else if (SearchISO2022KRDesignator(text.get())) {

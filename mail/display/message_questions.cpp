@@ -71,7 +71,7 @@ char* mailGetCharSet(MailBody* root) {
     static char charSet[31];
     cutCopy(charSet, {});
     for (const MailBody& part : LeafParts(root)) {
-        if (!part.charSet) continue;
+        if (viewOf(part.charSet).empty()) continue;
         cutCopy(charSet, part.charSet);
         break;
     }
