@@ -90,18 +90,20 @@ TEST_F(Page, NothingBound) {
 }
 
 TEST_F(Page, Addresses) {
-    char kim[] = "Kim Lee", box[] = "kim", host[] = "example", evil[] = "\"><i>\n";
-    MailAddress last = {nullptr, box, host, nullptr}, first = {kim, box, host, &last};
+    char kim[] = "Kim Lee", box[] = "kim", host[] = "example", evil[] = "\"><i>\n", none[] = "";
+    MailAddress last = {none, box, host, nullptr}, next = {nullptr, box, host, &last};
+    MailAddress first = {kim, box, host, &next};
     MailAddress hostile = {evil, evil, evil, nullptr};
-    const std::string second = "<OPTION VALUE=\"|kim@example\">kim@example";
+    const std::string unnamed = "<OPTION VALUE=\"|kim@example\">kim@example";
+    const std::string others = unnamed + unnamed;
     const std::string evilText = "&quot;&gt;&lt;i&gt;", evilBox = evilText + "@" + evilText;
     EXPECT_EQ(printed(pfnAddrComboBoxList, &first, "encode"),
-              "<OPTION VALUE=\"Kim+Lee|kim@example\">(Kim Lee) kim@example" + second);
+              "<OPTION VALUE=\"Kim+Lee|kim@example\">(Kim Lee) kim@example" + others);
     EXPECT_EQ(printed(pfnAddrComboBoxList, &first, "other"),
-              "<OPTION VALUE=\"Kim Lee|kim@example\">(Kim Lee) kim@example" + second);
+              "<OPTION VALUE=\"Kim Lee|kim@example\">(Kim Lee) kim@example" + others);
     EXPECT_EQ(printed(pfnAddrComboBoxList, &hostile),
               "<OPTION VALUE=\"" + evilText + "|" + evilBox + "\">(" + evilText + ") " + evilBox);
-    EXPECT_EQ(printed(pfnWAPAddrList, &first), "kim@examplekim@example");
+    EXPECT_EQ(printed(pfnWAPAddrList, &first), "kim@examplekim@examplekim@example");
     EXPECT_EQ(printed(pfnWAPAddrList, &hostile), evilBox);
     EXPECT_EQ(printed(pfnMailFromRcpt, &first), taken(mailGetStrHTMLAddr(&first)));
 

@@ -23,7 +23,7 @@ char* joined(const MailAddress* list, Append append) {
 }
 
 void appendForPage(Text& page, const MailAddress& a) {
-    OwnedText name(a.name ? strConvHTMLStr(a.name, "\n") : nullptr);
+    OwnedText name(isNamed(a) ? strConvHTMLStr(a.name, "\n") : nullptr);
     if (name) {
         page.append("&quot;");
         page.append(name.get());
@@ -36,7 +36,7 @@ void appendForPage(Text& page, const MailAddress& a) {
 }
 
 void appendForMail(Text& text, const MailAddress& a) {
-    if (a.name) {
+    if (isNamed(a)) {
         text.append('"');
         text.append(a.name);
         text.append("\" <");
@@ -44,7 +44,7 @@ void appendForMail(Text& text, const MailAddress& a) {
     text.append(viewOf(a.mailbox));
     text.append('@');
     text.append(viewOf(a.host));
-    if (a.name) text.append('>');
+    if (isNamed(a)) text.append('>');
 }
 
 }  // namespace

@@ -44,14 +44,15 @@ void appendMailbox(Text& out, const MailAddress& addr) {
 }
 
 void appendOption(Text& out, const MailAddress& addr, bool encodeName) {
-    OwnedText code = encodeName && addr.name ? urlEncoded(addr.name) : nullptr;
-    if (encodeName && addr.name && !code) return;
+    bool named = isNamed(addr);
+    OwnedText code = encodeName && named ? urlEncoded(addr.name) : nullptr;
+    if (encodeName && named && !code) return;
     out.append("<OPTION VALUE=\"");
     appendMarkupSafe(out, viewOf(code ? code.get() : addr.name));
     out.append('|');
     appendMailbox(out, addr);
     out.append("\">");
-    if (addr.name) {
+    if (named) {
         out.append('(');
         appendMarkupSafe(out, addr.name);
         out.append(") ");

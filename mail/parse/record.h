@@ -96,6 +96,11 @@ class LeafParts {
     MailBodyList** index_;
 };
 
+/// Whether an address has a name to show: an encoded word may hold nothing.
+inline bool isNamed(const MailAddress& address) {
+    return !viewOf(address.name).empty();
+}
+
 inline bool hasSubType(const MailBody& part, string_view subType) {
     return equalNoCase(viewOf(part.subType), subType);
 }
