@@ -2,6 +2,7 @@
 
 #include "block_copy.h"
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -49,9 +50,18 @@ bool readAt(int fd, int64_t offset, char* to, size_t size) {
     return true;
 }
 
+void startWriteback(int fd, int64_t end, size_t size) {
+    constexpr int64_t kStep = 8 * 1024 * 1024;
+    int64_t from = (end - static_cast<int64_t>(size)) / kStep, to = end / kStep;
+    // Only a start: an error shows at the sync.
+    if (from < to) sync_file_range(fd, from * kStep, (to - from) * kStep, SYNC_FILE_RANGE_WRITE);
+}
+
 bool copyRange(Range from, int to, int64_t toOffset, Blocks& blocks) {
     return eachBlock(from, blocks.first.get(), [&](int64_t done, string_view block) {
-        return writeAt(to, toOffset + done, block);
+        if (!writeAt(to, toOffset + done, block)) return false;
+        startWriteback(to, toOffset + done + static_cast<int64_t>(block.size()), block.size());
+        return true;
     });
 }
 

@@ -25,6 +25,9 @@ struct Range {
 
 bool readAt(int fd, int64_t offset, char* to, size_t size);
 bool copyRange(Range from, int to, int64_t toOffset, Blocks& blocks);
+/// For a file that is written front to back, after a write of `size` bytes up to `end`: has the
+/// disk begin with them, so that the sync that follows has little to wait for.
+void startWriteback(int fd, int64_t end, size_t size);
 bool digestRange(Range range, Blocks& blocks, Digest& digest);
 /// Whether the range of `other` that begins at `otherOffset` holds the same bytes; nothing when one
 /// of them cannot be read.

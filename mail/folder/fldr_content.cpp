@@ -21,6 +21,7 @@ bool ContentWriter::flush() {
     if (digest_) digest_->add(bytes);
     if (!writeAll(target_, bytes)) return false;
     written_ += static_cast<int64_t>(used_);
+    startWriteback(target_, written_, used_);
     used_ = 0;
     return true;
 }
