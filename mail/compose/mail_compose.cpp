@@ -27,7 +27,7 @@ char* wrapped(OwnedText text, string_view before, string_view after) {
     char* block = static_cast<char*>(realloc(text.get(), total + 1));
     if (!block) return nullptr;
     (void)text.release();
-    if (!inner.empty()) memmove(block + before.size(), block, inner.size());
+    if (!before.empty() && !inner.empty()) memmove(block + before.size(), block, inner.size());
     std::copy(before.begin(), before.end(), block);
     std::copy(after.begin(), after.end(), block + before.size() + inner.size());
     block[total] = 0;
