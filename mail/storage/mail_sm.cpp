@@ -47,10 +47,10 @@ struct PartitionChoice {
         return true;
     }
     void consider(string_view line) {
-        string_view directory = valueAfter(line, '=').value_or(string_view());
+        auto directory = valueAfter(line, '=');
         BoundedText<255> candidate;
-        if (directory.empty() || !candidate.fits(directory)) return;
-        candidate.append(directory);
+        if (!directory || !candidate.fits(*directory)) return;
+        candidate.append(*directory);
         unsigned int free = getDiskFreeSize(candidate.c_str());
         if (free <= bestFree) return;
         bestFree = free;
