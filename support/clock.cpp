@@ -2,6 +2,7 @@
 
 #include <cstdint>
 
+#include "mail/base/local_time.h"
 #include "support.h"
 
 const char* const week_eng[] = {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat", nullptr};
@@ -18,7 +19,7 @@ namespace {
 /// A time value no record holds reads as a year, month and day of 0.
 struct tm localParts(time_t t) {
     struct tm parts = {};
-    if (!localtime_r(&t, &parts)) {
+    if (!attalven::localTime(t, parts)) {
         parts = {};
         parts.tm_year = -1900;
         parts.tm_mon = -1;

@@ -10,7 +10,6 @@ class ComposeHeader : public kit::Site {};
 template <char* (*kWrite)(time_t)>
 std::string inZone(const char* zone, time_t t) {
     setenv("TZ", zone, 1);
-    tzset();
     return kWrite(t);
 }
 

@@ -9,6 +9,7 @@
 #include "../../support/host.h"
 #include "../../support/support.h"
 #include "../base/bounded_text.h"
+#include "../base/local_time.h"
 #include "../compose.h"
 #include "boundary.h"
 
@@ -20,7 +21,7 @@ namespace {
 /// read back as standard time, so during daylight saving the difference is the standard one.
 long zoneOffset(time_t t) {
     struct tm local, utc;
-    if (!localtime_r(&t, &local) || !gmtime_r(&t, &utc)) return 0;
+    if (!localTime(t, local) || !gmtime_r(&t, &utc)) return 0;
     utc.tm_isdst = 0;
     return static_cast<long>(mktime(&local) - mktime(&utc));
 }
@@ -57,7 +58,7 @@ char* mailMakeDate(time_t t) {
     static BoundedText<500> dateBuf;
     dateBuf.clear();
     struct tm local;
-    if (!localtime_r(&t, &local)) return dateBuf.data();
+    if (!localTime(t, local)) return dateBuf.data();
     long offset = zoneOffset(t);
     dateBuf.appendFormat("%s, %d %s %d %02d:%02d:%02d %+03ld%02ld", week_eng[local.tm_wday],
                          local.tm_mday, month_eng[local.tm_mon], local.tm_year + 1900,
@@ -70,7 +71,7 @@ char* mailGetRFC822FromDate(time_t t) {
     static BoundedText<200> fromDateBuf;
     fromDateBuf.clear();
     struct tm local;
-    if (!localtime_r(&t, &local)) return fromDateBuf.data();
+    if (!localTime(t, local)) return fromDateBuf.data();
     fromDateBuf.appendFormat("%s %s %02d %02d:%02d:%02d %04d", week_eng[local.tm_wday],
                              month_eng[local.tm_mon], local.tm_mday, local.tm_hour, local.tm_min,
                              local.tm_sec, local.tm_year + 1900);
@@ -83,7 +84,7 @@ char* mailGetMsgId(void) {
     msgId.clear();
     time_t now = time(nullptr);
     struct tm local = {};
-    localtime_r(&now, &local);
+    localTime(now, local);
     msgId.appendFormat("%04d%02d%02d.AAA%ld@%s", local.tm_year + 1900, local.tm_mon + 1,
                        local.tm_mday, static_cast<long>(now) + msgIdCount++, conf.domainName);
     return msgId.data();

@@ -9,6 +9,7 @@
 
 #include "format_filter.h"
 #include "mail/base/bounded_text.h"
+#include "mail/base/local_time.h"
 #include "mail/storage.h"
 #include "support/host.h"
 #include "support/support.h"
@@ -105,9 +106,8 @@ char* mailGetLoginErrMsg(int code) {
 char* mailGetDate(time_t t) {
     static BoundedText<100> dateBuf;
     dateBuf.clear();
-    tzset();
     struct tm local;
-    if (!localtime_r(&t, &local)) return dateBuf.data();
+    if (!localTime(t, local)) return dateBuf.data();
     char text[101];
     long year = local.tm_year + 1900L;
     if (getTemplateLang() == kKorean)
