@@ -72,6 +72,7 @@ TEST_F(ComposeMessage, OnlyRegularFilesAreRead) {
     auto part = [&](const string& name) { return kit::composed({{"attach", dir + name}}); };
     for (const char* name : {"/link", "/fifo", "/sub", "/sub/up/secret", "/sub/../secret"})
         EXPECT_NE(part(name).find("\"\n\n\n\n--"), string::npos) << name;
+    EXPECT_NE(part("/sub/").find("name=\"" + dir + "/sub/\"\n"), string::npos);
     EXPECT_NE(part("/secret").find("\"\n\nc2VjcmV0\n\n--"), string::npos);
 }
 

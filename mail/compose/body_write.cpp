@@ -98,10 +98,11 @@ void PartWriter::text(MailBody& node) {
     if (!isSealed(sendMode)) writeText(out, node.content, bodyEncoding);
 }
 
-/// The name parameter's inside. Too long a name is left out: a name cut inside an encoded word
-/// would be noise.
+/// The name parameter's inside: the last component, the whole text when that is empty. Too long a
+/// name is left out: a name cut inside an encoded word would be noise.
 OwnedText PartWriter::attachmentName(string_view fileName) const {
-    OwnedText bare = copyText(lastComponent(fileName));
+    string_view last = lastComponent(fileName);
+    OwnedText bare = copyText(last.empty() ? fileName : last);
     if (!bare || viewOf(bare.get()).size() > kNameMax) return nullptr;
     OwnedText name = headerName(bare.get(), charset);
     return viewOf(name.get()).size() > kEncodedNameMax ? nullptr : std::move(name);
