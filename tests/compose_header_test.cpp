@@ -66,6 +66,8 @@ TEST_F(ComposeHeader, AddressLists) {
         "\"a \\\"b\\\" \\\\Bcc: c\" <b@h.kr>,\n\t\"=?euc-kr?B?sKE=?=\" <b@h.kr>,\n\tb@h.kr,\n\tb@");
     EXPECT_EQ(kit::taken(mailGetFaxNumStr(&word, "euc-kr")),
               "\"=?euc-kr?B?sKE=?=\" <b>,\n\t\"" + longName + "\" <b>,\n\tb");
+    MailAddress noNumber = {nullptr, nullptr, h, &last};
+    EXPECT_EQ(kit::taken(mailGetFaxNumStr(&noNumber, "euc-kr")), ",\n\tb");
     EXPECT_EQ(mailGetAddrStr(nullptr, "euc-kr"), nullptr);
 }
 

@@ -40,14 +40,15 @@ Text listEntry(const MailAddress& a, string_view name, Form form) {
 char* listText(const MailAddress* list, const char* charset, Form form) {
     if (!list) return nullptr;
     Text all;
-    bool failed = false;
+    bool isFirst = true, failed = false;
     for (; list; list = list->next) {
         OwnedText name = headerName(list->name, charset);
         Text entry = listEntry(*list, viewOf(name.get()), form);
         if (entry.size() > kEntryMax) entry = listEntry(*list, {}, form);
         failed = failed || !name || entry.failed();
         if (entry.size() > kEntryMax) continue;
-        if (!all.empty()) all.append(",\n\t");
+        if (!isFirst) all.append(",\n\t");
+        isFirst = false;
         all.append(entry.view());
     }
     return failed ? nullptr : all.take();
