@@ -203,7 +203,7 @@ ATTALVEN_API int mailSendDirectiveMsg(const char* from, const char* to, int prio
 
 /*
  * Sends a short message over the line protocol of a gateway at `host` and `port`: the first 50
- * characters of `text` with "+" for spaces. `callNum` and `reqName` are cut at 90 characters.
+ * characters of `text` with "+" for spaces. `callNum` and `reqName` are cut at 91 characters.
  * Result: 1 when the gateway was reached and the commands were written, 0 otherwise.
  */
 ATTALVEN_API int mailSendShortMessage(const char* callNum, const char* reqName, const char* text,

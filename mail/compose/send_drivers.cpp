@@ -96,7 +96,8 @@ int mailSendDirectiveMsg(const char* from, const char* to, int priority, int bod
 namespace {
 
 constexpr int kGatewaySeconds = 30;
-constexpr size_t kShortTextMax = 50, kWordMax = 90;
+constexpr size_t kShortTextMax = 50;
+constexpr size_t kWordMax = 100 - string_view("callnum \n").size();  // lines of 100 characters
 
 /// A word of a gateway line.
 Text gatewayWord(const char* text, size_t max) {
