@@ -90,6 +90,15 @@ TEST_F(Structure, FindsNestedMessages) {
     EXPECT_EQ(mailGetRFC822MessageInfo(m.get(), f.get(), "top"), m.get());
     EXPECT_EQ(mailGetRFC822MessageInfo(m.get(), f.get(), "none"), nullptr);
     EXPECT_EQ(mailGetRFC822MessageInfo(nullptr, f.get(), "top"), nullptr);
+    // Header blocks that run on far behind every part end the search.
+    const std::string part = "--b\nContent-Type: message/rfc822\n";
+    for (int parts : {10, 100}) {
+        text = kMixed;
+        for (int i = 0; i < parts; i++) text += part + "x\nX: y\n";
+        text += part + "x\nContent-Type: a/b\n" + std::string(100'000, 'x') + "\n\n";
+        text += part + "\n" + inner;
+        EXPECT_EQ(parse(text, "in@x")->messageId != nullptr, parts == 10) << parts;
+    }
 }
 
 }  // namespace

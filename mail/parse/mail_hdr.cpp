@@ -96,6 +96,14 @@ OwnedMessage newMessage() {
 /// ten levels of the largest.
 constexpr int64_t kSearchBase = 128 << 20, kSearchFactor = 8;
 
+/// What opening a nested message takes from that: its size, at least the first block of its reader.
+/// What its header block reads behind its part counts more, because other parts read it too.
+int64_t costOf(const MailInfo& nested) {
+    constexpr int64_t kLeast = 8 << 10, kBehindFactor = 16;
+    int64_t behind = std::max(-int64_t{nested.bodySize}, int64_t{0});
+    return std::max(kLeast, nested.size + kBehindFactor * behind);
+}
+
 /// The search for a nested message. Each level costs one reading of what it holds; the budget ends
 /// what only crafted mail can cause: header blocks without end, read again for every part.
 struct NestedSearch {
@@ -118,7 +126,7 @@ struct NestedSearch {
     OwnedMessage open(const MailBody& part) {
         OwnedMessage nested(mailGetHeaderInfo(part.bodyOffset, part.bodySize, fp));
         if (!nested) return nullptr;
-        budget -= int64_t{nested->bodyOffset} - nested->offset + std::max(nested->bodySize, 0);
+        budget -= costOf(*nested);
         mailParseBody(nested.get(), fp);
         return nested;
     }
