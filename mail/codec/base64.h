@@ -8,7 +8,7 @@
 #include <cstdint>
 
 #include "../base/ascii.h"
-#include "vector.h"
+#include "../base/vector.h"
 
 namespace attalven {
 

@@ -5,7 +5,7 @@
 
 #include "base64_vector.h"
 
-#include "vector.h"
+#include "../base/vector.h"
 
 namespace attalven {
 
@@ -41,7 +41,7 @@ ATTALVEN_AVX2 inline void encodeBlock(const char* bytes, char* out) {
     __m256i upper =
         _mm256_and_si256(_mm256_cmpgt_epi8(_mm256_set1_epi8(26), values), _mm256_set1_epi8(13));
     __m256i kind = _mm256_or_si256(_mm256_subs_epu8(values, _mm256_set1_epi8(51)), upper);
-    storeBlock(out, _mm256_add_epi8(_mm256_shuffle_epi8(distance, kind), values));
+    store256(out, _mm256_add_epi8(_mm256_shuffle_epi8(distance, kind), values));
 }
 
 /// False when the block holds a byte outside the alphabet; nothing is written then.
@@ -73,10 +73,10 @@ ATTALVEN_AVX2 inline bool decodeBlock(__m256i v, char* out) {
 /// The last block is loaded before the others are stored, for decoding in place.
 ATTALVEN_AVX2 inline size_t decodeLine(const char* text, size_t length, char* out) {
     size_t lastAt = length - kBase64Block;
-    __m256i last = loadBlock(text + lastAt);
+    __m256i last = load256(text + lastAt);
     size_t at = 0;
     for (; at < lastAt; at += kBase64Block)
-        if (!decodeBlock(loadBlock(text + at), out + at / 4 * 3)) return at;
+        if (!decodeBlock(load256(text + at), out + at / 4 * 3)) return at;
     return decodeBlock(last, out + lastAt / 4 * 3) ? length : at;
 }
 
@@ -107,7 +107,7 @@ ATTALVEN_AVX2 size_t base64DecodeLines(const char* text, size_t size, size_t lin
 
 ATTALVEN_AVX2 size_t base64DecodeBlocks(const char* text, size_t size, char*& out) {
     size_t at = 0;
-    for (; size - at >= kBase64Block && decodeBlock(loadBlock(text + at), out); at += kBase64Block)
+    for (; size - at >= kBase64Block && decodeBlock(load256(text + at), out); at += kBase64Block)
         out += kBase64Block / 4 * 3;
     return at;
 }

@@ -6,7 +6,7 @@
 
 #include <cstdint>
 
-#include "vector.h"
+#include "../base/vector.h"
 
 namespace attalven {
 
@@ -53,9 +53,9 @@ unsigned escapesLength(unsigned escapes) {
 }  // namespace
 
 ATTALVEN_AVX2 size_t qpCopyLiterals(const char* text, char* out) {
-    __m256i first = loadBlock(text), second = loadBlock(text + 32);
-    storeBlock(out, first);
-    storeBlock(out + 32, second);
+    __m256i first = load256(text), second = load256(text + 32);
+    store256(out, first);
+    store256(out + 32, second);
     uint64_t stops = specials(first) | uint64_t{specials(second)} << 32;
     return stops ? static_cast<size_t>(__builtin_ctzll(stops)) : kQpWindow;
 }
@@ -63,8 +63,8 @@ ATTALVEN_AVX2 size_t qpCopyLiterals(const char* text, char* out) {
 ATTALVEN_AVX2 size_t qpCopyPlain(const char* text, size_t size, char* out) {
     size_t n = 0;
     for (; size - n >= kQpWindow; n += 32) {
-        __m256i v = loadBlock(text + n);
-        storeBlock(out + n, v);
+        __m256i v = load256(text + n);
+        store256(out + n, v);
         if (unsigned stops = equalsSigns(v)) return n + static_cast<size_t>(__builtin_ctz(stops));
     }
     return n;
@@ -74,7 +74,7 @@ ATTALVEN_AVX2 size_t qpDecodeEscapes(const char* text, size_t size, char*& out) 
     size_t at = 0;
     char* o = out;
     while (size - at >= kQpWindow) {
-        __m256i v = loadBlock(text + at), letters = letterDigits(v);
+        __m256i v = load256(text + at), letters = letterDigits(v);
         unsigned equals = equalsSigns(v), taken = escapesLength(equals);
         // The next window depends on the equals signs alone; that true digits follow them is
         // checked aside.

@@ -7,7 +7,7 @@
 #include <array>
 
 #include "../base/ascii.h"
-#include "vector.h"
+#include "../base/vector.h"
 
 namespace attalven {
 

@@ -7,12 +7,9 @@
 
 #include <cstring>
 
+#include "mail/base/vector.h"
 #include "mail/folder.h"
 #include "support/support.h"
-
-#if defined(__x86_64__)
-#include <immintrin.h>
-#endif
 
 namespace attalven {
 
@@ -84,23 +81,20 @@ size_t findHeaderBreakPortable(string_view s) {
     return findPortable<endsHeader>(s);
 }
 
-#if defined(__x86_64__)
-
 namespace {
+
+#if defined(__x86_64__)
 
 /// The same, 32 positions at a time: only an LF in front of one of `kNext` is looked at.
 template <bool (*kMatches)(string_view atLf), char... kNext>
-__attribute__((target("avx2"))) size_t findAvx2(string_view s) {
+ATTALVEN_AVX2 size_t findVector(string_view s) {
     size_t at = 0;
     for (; s.size() - at > 32; at += 32) {
         const char* p = s.data() + at;
-        __m256i here = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p));
-        __m256i next = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p + 1));
-        __m256i wanted = _mm256_setzero_si256();
+        __m256i here = load256(p), next = load256(p + 1), wanted = _mm256_setzero_si256();
         ((wanted = _mm256_or_si256(wanted, _mm256_cmpeq_epi8(next, _mm256_set1_epi8(kNext)))), ...);
         wanted = _mm256_and_si256(wanted, _mm256_cmpeq_epi8(here, _mm256_set1_epi8('\n')));
-        for (auto hits = static_cast<unsigned>(_mm256_movemask_epi8(wanted)); hits;
-             hits &= hits - 1) {
+        for (unsigned hits = maskOf(wanted); hits; hits &= hits - 1) {
             size_t lf = at + static_cast<size_t>(__builtin_ctz(hits));
             if (kMatches(tail(s, lf))) return lf;
         }
@@ -109,29 +103,24 @@ __attribute__((target("avx2"))) size_t findAvx2(string_view s) {
     return rest == string_view::npos ? rest : at + rest;
 }
 
-}  // namespace
-
-size_t findFromStart(string_view s) {
-    return __builtin_cpu_supports("avx2") ? findAvx2<startsFromLine, 'F'>(s)
-                                          : findFromStartPortable(s);
-}
-
-size_t findHeaderBreak(string_view s) {
-    return __builtin_cpu_supports("avx2") ? findAvx2<endsHeader, '\n', '\r', 'F'>(s)
-                                          : findHeaderBreakPortable(s);
-}
-
 #else
 
-size_t findFromStart(string_view s) {
-    return findFromStartPortable(s);
-}
-
-size_t findHeaderBreak(string_view s) {
-    return findHeaderBreakPortable(s);
+template <bool (*kMatches)(string_view atLf), char...>
+size_t findVector(string_view s) {
+    return findPortable<kMatches>(s);
 }
 
 #endif
+
+}  // namespace
+
+size_t findFromStart(string_view s) {
+    return hasVector() ? findVector<startsFromLine, 'F'>(s) : findFromStartPortable(s);
+}
+
+size_t findHeaderBreak(string_view s) {
+    return hasVector() ? findVector<endsHeader, '\n', '\r', 'F'>(s) : findHeaderBreakPortable(s);
+}
 
 }  // namespace attalven
 

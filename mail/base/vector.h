@@ -1,8 +1,8 @@
-#ifndef ATTALVEN_MAIL_CODEC_VECTOR_H
-#define ATTALVEN_MAIL_CODEC_VECTOR_H
+#ifndef ATTALVEN_MAIL_BASE_VECTOR_H
+#define ATTALVEN_MAIL_BASE_VECTOR_H
 
-// Vector code of the codec kernels: AVX2, compiled for itself alone and chosen at run time. Without
-// it, on other processors, the kernels do the same by table.
+// Vector code of the loops over all bytes of a mail: AVX2, compiled for itself alone and chosen at
+// run time. Elsewhere the portable code beside it gives the same results.
 
 #if defined(__x86_64__)
 #include <immintrin.h>
@@ -11,7 +11,7 @@
 
 namespace attalven {
 
-/// Whether the processor runs the functions of base64_vector.h and qp_vector.h.
+/// Whether the processor runs functions marked ATTALVEN_AVX2.
 inline bool hasVector() {
 #if defined(__x86_64__)
     return __builtin_cpu_supports("avx2");
@@ -22,10 +22,10 @@ inline bool hasVector() {
 
 #if defined(__x86_64__)
 
-inline ATTALVEN_AVX2 __m256i loadBlock(const char* s) {
+inline ATTALVEN_AVX2 __m256i load256(const char* s) {
     return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(s));
 }
-inline ATTALVEN_AVX2 void storeBlock(char* out, __m256i v) {
+inline ATTALVEN_AVX2 void store256(char* out, __m256i v) {
     _mm256_storeu_si256(reinterpret_cast<__m256i*>(out), v);
 }
 inline ATTALVEN_AVX2 unsigned maskOf(__m256i v) {
