@@ -1,5 +1,6 @@
 // The structure of bodies, compared as one-line trees.
 
+#include "kit/message.h"
 #include "kit/table.h"
 #include "kit/tree.h"
 
@@ -90,7 +91,7 @@ TEST_F(Structure, FindsNestedMessages) {
     EXPECT_EQ(mailGetRFC822MessageInfo(m.get(), f.get(), "top"), m.get());
     EXPECT_EQ(mailGetRFC822MessageInfo(m.get(), f.get(), "none"), nullptr);
     EXPECT_EQ(mailGetRFC822MessageInfo(nullptr, f.get(), "top"), nullptr);
-    // Header blocks that run on far behind every part end the search.
+    // Header blocks that run on far behind every part end the search, and the list.
     const std::string part = "--b\nContent-Type: message/rfc822\n";
     for (int parts : {10, 100}) {
         text = kMixed;
@@ -98,6 +99,12 @@ TEST_F(Structure, FindsNestedMessages) {
         text += part + "x\nContent-Type: a/b\n" + std::string(100'000, 'x') + "\n\n";
         text += part + "\n" + inner;
         EXPECT_EQ(parse(text, "in@x")->messageId != nullptr, parts == 10) << parts;
+        kit::Message whole(text);
+        MailAttach* list = mailGetAttachList(whole.info, 0, whole.file.get());
+        int listed = 0;
+        while (list[listed].mimeType) listed++;
+        EXPECT_EQ(listed == parts + 2, parts == 10) << listed;
+        mailAttachListFree(list);
     }
 }
 

@@ -1,9 +1,10 @@
 // The list of attachments under a message: file-named parts, and forwarded messages, whose own
 // header is read for their subject and Message-ID. A forwarded message is opened one level deep
-// only, whatever it nests.
+// only, whatever it nests, and none when their headers together are out of proportion to the mail.
 
 #include "mail/base/owned.h"
 #include "mail/display.h"
+#include "mail/parse/nested_messages.h"
 #include "message_questions.h"
 #include "page_links.h"
 #include "support/support.h"
@@ -25,17 +26,17 @@ struct ListEnd {
     }
 };
 
-void addMessage(ListEnd& end, const MailBody& part, FILE* fp) {
-    OwnedMessage inner(fp ? mailGetHeaderInfo(part.bodyOffset, part.bodySize, fp) : nullptr);
+void addMessage(ListEnd& end, const MailBody& part, NestedMessages& nested) {
+    OwnedMessage inner = nested.open(part);
     if (!inner) return;
     OwnedText msgId = inner->messageId ? urlEncoded(inner->messageId) : copyText("nomsgid");
     if (!msgId) msgId = copyText({});
     end.add(copyText("message/rfc822"), inner->subject, part.bodySize, std::move(msgId));
 }
 
-void addPart(ListEnd& end, const MailBody& part, const MailInfo& msg, FILE* fp) {
+void addPart(ListEnd& end, const MailBody& part, const MailInfo& msg, NestedMessages& nested) {
     if (part.type == kMessage) {
-        if (hasSubType(part, "rfc822")) addMessage(end, part, fp);
+        if (hasSubType(part, "rfc822")) addMessage(end, part, nested);
     } else if (part.fileName && part.type >= kUnknown && part.type <= kVideo) {
         end.add(OwnedText(mediaTypeText(part).take()), part.fileName, part.bodySize,
                 copyText(viewOf(msg.messageId)));
@@ -55,9 +56,10 @@ MailAttach* mailGetAttachList(MailInfo* msg, long, FILE* fp) {
     OwnedMemory<MailAttach> list = allocate<MailAttach>(parts.count() + 1);
     if (!list) return nullptr;
     ListEnd end{list.get()};
+    NestedMessages nested(*msg, fp);
     for (const MailBody& part : parts) {
         if (end.complete) break;
-        addPart(end, part, *msg, fp);
+        addPart(end, part, *msg, nested);
     }
     return list.release();
 }

@@ -1,6 +1,6 @@
 // Message headers into records, and the messages inside a message. A header block ends only at its
 // empty line, not at the message's size, so that a mail without one reads on into the next message:
-// sizes that follow from it may be negative, and the search for nested messages has a budget.
+// sizes that follow from it may be negative, and the reading of nested messages has a budget.
 
 #include "mail_hdr.h"
 
@@ -10,6 +10,7 @@
 #include "mail_addr.h"
 #include "mail_date.h"
 #include "mail_mime_field.h"
+#include "nested_messages.h"
 
 namespace attalven {
 namespace {
@@ -92,47 +93,38 @@ OwnedMessage newMessage() {
     return message;
 }
 
-/// Bytes that one search may read: enough for 100 levels of a message of 1 MB, and for more than
-/// ten levels of the largest.
-constexpr int64_t kSearchBase = 128 << 20, kSearchFactor = 8;
-
-/// What opening a nested message takes from that: its size, at least the first block of its reader.
-/// What its header block reads behind its part counts more, because other parts read it too.
+/// What opening a nested message takes from the budget: its size, at least the first block of its
+/// reader. What its header block reads behind its part counts more: other parts read it, too.
 int64_t costOf(const MailInfo& nested) {
     constexpr int64_t kLeast = 8 << 10, kBehindFactor = 16;
     int64_t behind = std::max(-int64_t{nested.bodySize}, int64_t{0});
     return std::max(kLeast, nested.size + kBehindFactor * behind);
 }
 
-/// The search for a nested message. Each level costs one reading of what it holds; the budget ends
-/// what only crafted mail can cause: header blocks without end, read again for every part.
-struct NestedSearch {
-    FILE* fp;
-    string_view id;
-    int64_t budget;  // bytes
-
-    MailInfo* find(MailInfo& message, int levels) {
-        if (equalNoCase(viewOf(message.messageId), id)) return &message;
-        if (levels == 0) return nullptr;
-        for (const MailBody& part : LeafParts(message.body)) {
-            if (part.type != kMessage || budget < 0) continue;
-            OwnedMessage nested(open(part));
-            MailInfo* found = nested ? find(*nested, levels - 1) : nullptr;
-            if (found) return found == nested.get() ? nested.release() : found;
-        }
-        return nullptr;
+/// The search for a nested message; each level costs one reading of what it holds.
+MailInfo* findNested(MailInfo& message, string_view id, NestedMessages& nested, FILE* fp,
+                     int levels = kMaxNesting) {
+    if (equalNoCase(viewOf(message.messageId), id)) return &message;
+    if (levels == 0) return nullptr;
+    for (const MailBody& part : LeafParts(message.body)) {
+        OwnedMessage inner = part.type == kMessage ? nested.open(part) : nullptr;
+        if (!inner) continue;
+        mailParseBody(inner.get(), fp);
+        MailInfo* found = findNested(*inner, id, nested, fp, levels - 1);
+        if (found) return found == inner.get() ? inner.release() : found;
     }
-
-    OwnedMessage open(const MailBody& part) {
-        OwnedMessage nested(mailGetHeaderInfo(part.bodyOffset, part.bodySize, fp));
-        if (!nested) return nullptr;
-        budget -= costOf(*nested);
-        mailParseBody(nested.get(), fp);
-        return nested;
-    }
-};
+    return nullptr;
+}
 
 }  // namespace
+
+OwnedMessage NestedMessages::open(const MailBody& part) {
+    if (budget_ < 0) return nullptr;
+    OwnedMessage message(mailGetHeaderInfo(part.bodyOffset, part.bodySize, fp_));
+    if (message) budget_ -= costOf(*message);
+    return message;
+}
+
 }  // namespace attalven
 
 using namespace attalven;
@@ -165,6 +157,6 @@ MailInfo* mailProcessing(int offset, int size, const char* msgId, FILE* fp) {
 
 MailInfo* mailGetRFC822MessageInfo(MailInfo* msg, FILE* fp, const char* msgId) {
     if (!msg) return nullptr;
-    NestedSearch search{fp, viewOf(msgId), kSearchBase + kSearchFactor * std::max(msg->size, 0)};
-    return search.find(*msg, kMaxNesting);
+    NestedMessages nested(*msg, fp);
+    return findNested(*msg, viewOf(msgId), nested, fp);
 }
