@@ -38,13 +38,20 @@ bool isEmptyResult(const string& line) {
     return line.ends_with("=");
 }
 
+/// A part's default type, a name in the set in which it was sent.
+bool isLeftAsItWas(const string& line) {
+    return line == "subtype=plain" || line == "subtype=octet-stream" ||
+           line.starts_with("file=\x1B$B");
+}
+
 /// What `result` holds beyond the rule; "" when it is documented.
 string beyond(const string& result, const string& full, Rule rule) {
     if (rule == Rule::kOther || result == full || isEmptyResult(result)) return "";
     if (rule == Rule::kWhole) return result;
     std::istringstream lines(result), all(full);
     for (string line, next; std::getline(lines, line);) {
-        while (!isEmptyResult(line) && std::getline(all, next) && next != line) {
+        if (isEmptyResult(line) || (rule == Rule::kParts && isLeftAsItWas(line))) continue;
+        while (std::getline(all, next) && next != line) {
         }
         if (!all) return line;
     }

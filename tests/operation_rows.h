@@ -13,6 +13,7 @@
 enum class Rule {
     kWhole,  // the undisturbed result or an empty one
     kLines,  // lines of the undisturbed result, in their order
+    kParts,  // the same but for parts whose header, and names whose converter, memory did not hold
     kOther   // something else that is documented: only crashes, leaks and stray files count
 };
 
@@ -23,7 +24,7 @@ struct World : kit::Site {
     void TestBody() override {}
 
     const std::string& place() const { return dir; }
-    FILE* sample();  // the sample mailbox, at its start
+    FILE* sample(long at = 0);  // the sample mailbox, at that byte
     FILE* stream(const char* text);
     MailInfo* message(int);  // its n-th message, parsed; the world's
     Fldr* folder();          // its index; the world's

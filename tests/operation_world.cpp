@@ -19,7 +19,8 @@ struct Pause {
 }  // namespace
 
 struct World::Inputs {
-    kit::File sample = kit::fileOf(kit::readFile(TEST_DATA "/sample.mbox")), text;
+    const string mailbox = kit::readFile(TEST_DATA "/sample.mbox");
+    kit::File sample = kit::fileOf(mailbox), own = kit::fileOf(mailbox), text;
     Fldr* index = nullptr;
     std::vector<MailInfo*> messages;
     std::unique_ptr<kit::ScriptServer> server;
@@ -69,8 +70,8 @@ void World::forget() {
     mailFreeAdminPreference(&policy);
 }
 
-FILE* World::sample() {
-    rewind(inputs_->sample.get());
+FILE* World::sample(long at) {
+    fseek(inputs_->sample.get(), at, SEEK_SET);
     return inputs_->sample.get();
 }
 
@@ -82,14 +83,14 @@ FILE* World::stream(const char* text) {
 
 Fldr* World::folder() {
     Pause pause;
-    if (!inputs_->index) inputs_->index = fldrProcessing(sample());
+    if (!inputs_->index) inputs_->index = fldrProcessing(inputs_->own.get());
     return inputs_->index;
 }
 
 MailInfo* World::message(int n) {
     Pause pause;
     const FldrMsg& e = *folder()->msgs[n - 1];
-    inputs_->messages.push_back(mailProcessing(e.offset, e.size, "", sample()));
+    inputs_->messages.push_back(mailProcessing(e.offset, e.size, "", inputs_->own.get()));
     return inputs_->messages.back();
 }
 
