@@ -148,9 +148,9 @@ char* memStrCat(char* buffer, const char* text, int step, int* length, int* capa
     if (!capacity) capacity = &ownCapacity;
     if (*capacity < 0) return nullptr;  // it failed before
     // Counters of 0 may come with a text that another operation made.
-    size_t used = *capacity ? static_cast<size_t>(*length) : viewOf(buffer).size();
+    size_t used = buffer && *capacity ? static_cast<size_t>(*length) : viewOf(buffer).size();
     size_t added = viewOf(text).size(), need = used + added + 1;
-    if (need > static_cast<size_t>(*capacity)) {
+    if (!buffer || need > static_cast<size_t>(*capacity)) {
         auto unit = static_cast<size_t>(step > 0 ? step : 1);
         size_t want = std::max(need, used + used / 2);
         want = std::min<size_t>((want + unit - 1) / unit * unit, INT_MAX);
