@@ -39,12 +39,23 @@ void freeTexts(Texts*... texts) {
     (free(texts), ...);
 }
 
-/// Calls `visit` for every leaf of the chain, in index order, until it returns false.
-template <typename Visit>
-bool forEachLeaf(MailBody* node, Visit& visit) {
-    for (; node; node = node->next)
-        if (node->type == kMultipart ? !forEachLeaf(node->child, visit) : !visit(node))
-            return false;
+void freeEntries(MailBodyList** p) {
+    freeChain(p, [](MailBodyList&) {});
+}
+using EntryChain = Chain<MailBodyList, freeEntries>;
+
+/// Appends the leaves of a chain in index order; false when memory is out.
+bool appendLeaves(MailBody* node, EntryChain& entries) {
+    for (; node; node = node->next) {
+        if (node->type == kMultipart) {
+            if (!appendLeaves(node->child, entries)) return false;
+            continue;
+        }
+        Owned<MailBodyList, freeEntries> entry(newRecord<MailBodyList>());
+        if (!entry) return false;
+        entry->body = node;
+        entries.append(std::move(entry));
+    }
     return true;
 }
 
@@ -118,18 +129,9 @@ char* mailGetParam(const char* name, MailParam* list) {
 }
 
 MailBodyList* mailGenBodyList(MailBody* first) {
-    MailBodyList* chain = nullptr;
-    MailBodyList** tail = &chain;
-    auto add = [&tail](MailBody* leaf) {
-        MailBodyList* entry = newRecord<MailBodyList>();
-        if (!entry) return false;
-        entry->body = leaf;
-        *tail = entry;
-        tail = &entry->next;
-        return true;
-    };
-    forEachLeaf(first, add);
-    return chain;
+    EntryChain entries;
+    appendLeaves(first, entries);
+    return entries.take();
 }
 
 MailBodyList** mailGetBody(MailBody* root) {
