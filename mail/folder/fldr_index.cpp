@@ -9,7 +9,7 @@
 #include "fldr_scan.h"
 #include "mail/base/bounded_text.h"
 #include "mail/parse/header_lines.h"
-#include "mail/parse/mail_hdr.h"
+#include "mail/parse/header_summary.h"
 
 namespace attalven {
 

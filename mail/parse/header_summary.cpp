@@ -2,13 +2,14 @@
 // the record, and stops reading a From value at its first address. Texts keep their memory from one
 // message to the next, so that a plain header costs no allocation at all.
 
+#include "header_summary.h"
+
 #include "header_field.h"
 #include "header_lines.h"
 #include "mail/base/byte_set.h"
 #include "mail/base/keyword.h"
 #include "mail_addr.h"
 #include "mail_date.h"
-#include "mail_hdr.h"
 
 namespace attalven {
 namespace {

@@ -2,8 +2,6 @@
 // empty line, not at the message's size, so that a mail without one reads on into the next message:
 // sizes that follow from it may be negative, and the reading of nested messages has a budget.
 
-#include "mail_hdr.h"
-
 #include "header_field.h"
 #include "header_lines.h"
 #include "mail/base/keyword.h"

@@ -5,8 +5,8 @@
 
 #include <string>
 
+#include "mail/parse/header_summary.h"
 #include "mail/parse/mail_addr.h"
-#include "mail/parse/mail_hdr.h"
 
 namespace kit {
 

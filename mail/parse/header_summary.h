@@ -1,5 +1,5 @@
-#ifndef ATTALVEN_MAIL_PARSE_MAIL_HDR_H
-#define ATTALVEN_MAIL_PARSE_MAIL_HDR_H
+#ifndef ATTALVEN_MAIL_PARSE_HEADER_SUMMARY_H
+#define ATTALVEN_MAIL_PARSE_HEADER_SUMMARY_H
 
 // The header values that a message list shows, read without building a record: no address lists, no
 // parameters, no allocation for values that are plain text. They equal those of mailGetHeaderInfo.
