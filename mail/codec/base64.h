@@ -7,8 +7,8 @@
 
 #include <cstdint>
 
-#include "../base/ascii.h"
-#include "../base/vector.h"
+#include "mail/base/ascii.h"
+#include "mail/base/vector.h"
 
 namespace attalven {
 

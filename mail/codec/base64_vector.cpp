@@ -5,7 +5,7 @@
 
 #include "base64_vector.h"
 
-#include "../base/vector.h"
+#include "mail/base/vector.h"
 
 namespace attalven {
 

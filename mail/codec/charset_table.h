@@ -5,7 +5,7 @@
 
 #include <span>
 
-#include "../base/ascii.h"
+#include "mail/base/ascii.h"
 
 namespace attalven {
 

@@ -7,9 +7,9 @@
 
 #include <cstring>
 
-#include "../base/bounded_text.h"
-#include "../codec.h"
 #include "base64.h"
+#include "mail/base/bounded_text.h"
+#include "mail/codec.h"
 #include "quoted_printable.h"
 
 namespace attalven {

@@ -1,7 +1,7 @@
 #ifndef ATTALVEN_MAIL_CODEC_ENCODED_WORD_DECODE_H
 #define ATTALVEN_MAIL_CODEC_ENCODED_WORD_DECODE_H
 
-#include "../base/text.h"
+#include "mail/base/text.h"
 
 namespace attalven {
 

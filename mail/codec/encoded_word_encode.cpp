@@ -2,11 +2,11 @@
 // current line of Q words, which by contract lives on between calls. A label from a form is cut and
 // stripped, so that it can neither break its word nor the line.
 
-#include "../base/bounded_text.h"
-#include "../base/text.h"
-#include "../codec.h"
 #include "base64.h"
 #include "charset_table.h"
+#include "mail/base/bounded_text.h"
+#include "mail/base/text.h"
+#include "mail/codec.h"
 #include "quoted_printable.h"
 
 namespace attalven {

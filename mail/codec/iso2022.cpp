@@ -7,7 +7,7 @@
 
 #include <cstring>
 
-#include "../codec.h"
+#include "mail/codec.h"
 #include "part_stream.h"
 
 namespace attalven {

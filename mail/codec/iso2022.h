@@ -3,7 +3,7 @@
 
 // ISO-2022-KR (RFC 1557) by steps, for texts that come in pieces.
 
-#include "../base/ascii.h"
+#include "mail/base/ascii.h"
 
 namespace attalven {
 

@@ -6,11 +6,11 @@
 
 #include <cerrno>
 
-#include "../../support/support.h"
-#include "../base/bounded_text.h"
-#include "../base/text.h"
-#include "../codec.h"
 #include "charset_table.h"
+#include "mail/base/bounded_text.h"
+#include "mail/base/text.h"
+#include "mail/codec.h"
+#include "support/support.h"
 
 namespace attalven {
 namespace {

@@ -4,8 +4,8 @@
 
 #include <cstring>
 
-#include "../codec.h"
 #include "base64.h"
+#include "mail/codec.h"
 #include "part_stream.h"
 #include "quoted_printable.h"
 #include "uuencode.h"

@@ -6,8 +6,8 @@
 #include <cstring>
 #include <numeric>
 
-#include "../codec.h"
 #include "base64.h"
+#include "mail/codec.h"
 #include "part_stream.h"
 #include "quoted_printable.h"
 

@@ -6,8 +6,8 @@
 
 #include <cstdio>
 
-#include "../base/line_reader.h"
-#include "../base/text.h"
+#include "mail/base/line_reader.h"
+#include "mail/base/text.h"
 
 namespace attalven {
 

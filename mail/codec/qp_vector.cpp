@@ -6,7 +6,7 @@
 
 #include <cstdint>
 
-#include "../base/vector.h"
+#include "mail/base/vector.h"
 
 namespace attalven {
 

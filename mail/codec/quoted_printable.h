@@ -6,8 +6,8 @@
 
 #include <array>
 
-#include "../base/ascii.h"
-#include "../base/vector.h"
+#include "mail/base/ascii.h"
+#include "mail/base/vector.h"
 
 namespace attalven {
 

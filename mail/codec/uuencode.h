@@ -4,7 +4,7 @@
 // One line of a uuencoded file: a character for its number of bytes, then four characters for each
 // three bytes, six bits each from blank (or "`") on.
 
-#include "../base/ascii.h"
+#include "mail/base/ascii.h"
 
 namespace attalven {
 

@@ -13,8 +13,8 @@
 #include <cstdlib>
 #include <optional>
 
-#include "../base/bounded_text.h"
-#include "../base/descriptor.h"
+#include "mail/base/bounded_text.h"
+#include "mail/base/descriptor.h"
 
 namespace attalven {
 

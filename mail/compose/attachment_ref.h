@@ -14,7 +14,7 @@
 #include <cstddef>
 #include <span>
 
-#include "../base/file.h"
+#include "mail/base/file.h"
 
 namespace attalven {
 

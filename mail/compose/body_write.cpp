@@ -5,13 +5,13 @@
 #include <limits.h>
 #include <sys/stat.h>
 
-#include "../base/line_reader.h"
-#include "../base/sink.h"
-#include "../base/text.h"
-#include "../codec.h"
-#include "../compose.h"
 #include "attachment_ref.h"
 #include "boundary.h"
+#include "mail/base/line_reader.h"
+#include "mail/base/sink.h"
+#include "mail/base/text.h"
+#include "mail/codec.h"
+#include "mail/compose.h"
 #include "text_part.h"
 
 namespace attalven {

@@ -5,9 +5,9 @@
 
 #include <cstring>
 
-#include "../base/line_reader.h"
-#include "../compose.h"
 #include "attachment_ref.h"
+#include "mail/base/line_reader.h"
+#include "mail/compose.h"
 #include "text_part.h"
 
 namespace attalven {

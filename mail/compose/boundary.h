@@ -7,8 +7,8 @@
 // in use around it. Content that holds many of the draws in advance gets one that nobody can
 // foresee.
 
-#include "../base/text.h"
-#include "../parse.h"
+#include "mail/base/text.h"
+#include "mail/parse.h"
 
 namespace attalven {
 

@@ -11,7 +11,7 @@
 
 #include <ctime>
 
-#include "../../support/support.h"
+#include "support/support.h"
 
 namespace attalven {
 

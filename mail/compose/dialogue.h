@@ -8,9 +8,9 @@
 #include <cstdio>
 #include <initializer_list>
 
-#include "../base/ascii.h"
-#include "../base/file.h"
-#include "../base/ignore_signal.h"
+#include "mail/base/ascii.h"
+#include "mail/base/file.h"
+#include "mail/base/ignore_signal.h"
 
 namespace attalven {
 

@@ -7,13 +7,13 @@
 
 #include <ctime>
 
-#include "../../support/host.h"
-#include "../base/file.h"
-#include "../base/sink.h"
-#include "../base/text.h"
-#include "../codec.h"
 #include "attachment_ref.h"
 #include "boundary.h"
+#include "mail/base/file.h"
+#include "mail/base/sink.h"
+#include "mail/base/text.h"
+#include "mail/codec.h"
+#include "support/host.h"
 #include "text_part.h"
 
 namespace attalven {

@@ -3,8 +3,8 @@
 
 // What both composers share: the record of a message that is being composed and its output.
 
-#include "../base/owned.h"
-#include "../compose.h"
+#include "mail/base/owned.h"
+#include "mail/compose.h"
 
 namespace attalven {
 

@@ -6,12 +6,12 @@
 #include <cstdlib>
 #include <ctime>
 
-#include "../../support/host.h"
-#include "../../support/support.h"
-#include "../base/bounded_text.h"
-#include "../base/local_time.h"
-#include "../compose.h"
 #include "boundary.h"
+#include "mail/base/bounded_text.h"
+#include "mail/base/local_time.h"
+#include "mail/compose.h"
+#include "support/host.h"
+#include "support/support.h"
 
 namespace attalven {
 

@@ -4,9 +4,9 @@
 
 #include <ctime>
 
-#include "../base/sink.h"
-#include "../base/text.h"
-#include "../compose.h"
+#include "mail/base/sink.h"
+#include "mail/base/text.h"
+#include "mail/compose.h"
 #include "text_part.h"
 
 namespace attalven {

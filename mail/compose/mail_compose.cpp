@@ -4,13 +4,13 @@
 
 #include <cstring>
 
-#include "../../support/host.h"
-#include "../../support/support.h"
-#include "../base/bounded_text.h"
-#include "../base/page_sink.h"
-#include "../base/text.h"
 #include "attachment_ref.h"
 #include "draft.h"
+#include "mail/base/bounded_text.h"
+#include "mail/base/page_sink.h"
+#include "mail/base/text.h"
+#include "support/host.h"
+#include "support/support.h"
 #include "text_part.h"
 
 namespace attalven {

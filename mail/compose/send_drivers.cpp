@@ -6,13 +6,13 @@
 #include <stdlib.h>
 #include <unistd.h>
 
-#include "../../support/host.h"
-#include "../../support/support.h"
-#include "../base/ignore_signal.h"
-#include "../base/sink.h"
-#include "../base/text.h"
-#include "../compose.h"
 #include "dialogue.h"
+#include "mail/base/ignore_signal.h"
+#include "mail/base/sink.h"
+#include "mail/base/text.h"
+#include "mail/compose.h"
+#include "support/host.h"
+#include "support/support.h"
 #include "text_part.h"
 
 namespace attalven {

@@ -4,10 +4,10 @@
 
 #include <ctime>
 
-#include "../base/bounded_text.h"
-#include "../base/file.h"
-#include "../base/sink.h"
 #include "draft.h"
+#include "mail/base/bounded_text.h"
+#include "mail/base/file.h"
+#include "mail/base/sink.h"
 #include "text_part.h"
 
 namespace attalven {

@@ -2,15 +2,15 @@
 // lower case with LF line ends and bare addresses, as the mail host beside the service takes them.
 // Survives a server that hangs up, stalls or refuses at any step: every recipient gets a result.
 
-#include "../../support/host.h"
-#include "../../support/support.h"
-#include "../base/bounded_text.h"
-#include "../base/line_reader.h"
-#include "../base/owned.h"
-#include "../base/text.h"
-#include "../compose.h"
-#include "../parse.h"
 #include "dialogue.h"
+#include "mail/base/bounded_text.h"
+#include "mail/base/line_reader.h"
+#include "mail/base/owned.h"
+#include "mail/base/text.h"
+#include "mail/compose.h"
+#include "mail/parse.h"
+#include "support/host.h"
+#include "support/support.h"
 
 namespace attalven {
 

@@ -5,10 +5,10 @@
 
 #include <cstring>
 
-#include "../../support/support.h"
-#include "../base/sink.h"
-#include "../base/text.h"
-#include "../codec.h"
+#include "mail/base/sink.h"
+#include "mail/base/text.h"
+#include "mail/codec.h"
+#include "support/support.h"
 
 namespace attalven {
 

@@ -4,9 +4,9 @@
 // What the header writer and the body writer both know of parts: texts and their transfer encoding,
 // media type names, quoted names.
 
-#include "../base/file.h"
-#include "../base/owned.h"
-#include "../parse.h"
+#include "mail/base/file.h"
+#include "mail/base/owned.h"
+#include "mail/parse.h"
 
 namespace attalven {
 
