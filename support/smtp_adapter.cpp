@@ -17,9 +17,9 @@
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
-#include <ctime>
 #include <initializer_list>
 
+#include "mail/base/clock.h"
 #include "sock.h"
 #include "support.h"
 
@@ -30,12 +30,6 @@ volatile int* dataReply;
 
 constexpr size_t kBuffer = 64 * 1024;
 constexpr int kWaitSeconds = 600;  // the longest wait of RFC 5321 section 4.5.3.2
-
-time_t monotonicSeconds() {
-    struct timespec now;
-    clock_gettime(CLOCK_MONOTONIC, &now);
-    return now.tv_sec;
-}
 
 /// One side of the relay, with what was read from it ahead and what is to be written to it.
 struct Side {
@@ -84,8 +78,8 @@ struct Side {
     /// is not there in time: a side that drips its bytes must not keep the relay alive.
     bool getLine(char* line, size_t size) {
         size_t n = 0;
-        for (time_t last = monotonicSeconds() + kWaitSeconds;;) {
-            if (!fill(static_cast<int>(last - monotonicSeconds()))) return false;
+        for (double last = attalven::monotonicSeconds() + kWaitSeconds;;) {
+            if (!fill(static_cast<int>(last - attalven::monotonicSeconds()))) return false;
             char c = input[begin++];
             if (c == '\n') break;
             if (n < size - 1) line[n++] = c;

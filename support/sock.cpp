@@ -19,6 +19,7 @@
 #include <cstring>
 #include <ctime>
 
+#include "mail/base/clock.h"
 #include "smtp_adapter.h"
 #include "support.h"
 
@@ -92,12 +93,6 @@ int connectTo(const struct addrinfo* a) {
     return fd;
 }
 
-double secondsNow() {
-    struct timespec now;
-    clock_gettime(CLOCK_MONOTONIC, &now);
-    return static_cast<double>(now.tv_sec) + 1e-9 * static_cast<double>(now.tv_nsec);
-}
-
 /// The time limit on a whole reply: as long as the socket may wait for its next byte (SO_RCVTIMEO),
 /// or kReplySeconds. Each byte shortens the wait for the next one, so that a peer that drips its
 /// bytes gains nothing; the socket then gets its own limit back.
@@ -108,7 +103,7 @@ class ReplyTime {
         isLimited_ = getsockopt(fd_, SOL_SOCKET, SO_RCVTIMEO, &before_, &size) == 0;
         double seconds =
             static_cast<double>(before_.tv_sec) + 1e-6 * static_cast<double>(before_.tv_usec);
-        end_ = secondsNow() + (seconds > 0 ? seconds : kReplySeconds);
+        end_ = attalven::monotonicSeconds() + (seconds > 0 ? seconds : kReplySeconds);
     }
     ~ReplyTime() {
         if (isLimited_) setsockopt(fd_, SOL_SOCKET, SO_RCVTIMEO, &before_, sizeof before_);
@@ -118,7 +113,7 @@ class ReplyTime {
 
     /// Whether another byte may be waited for.
     bool goesOn() {
-        double left = end_ - secondsNow();
+        double left = end_ - attalven::monotonicSeconds();
         if (left < 1e-5) return false;  // a limit of 0 would be none
         if (!isLimited_ || left > lastLeft_ - kStep) return true;
         lastLeft_ = left;

@@ -9,8 +9,7 @@
 #include <sys/time.h>
 #include <unistd.h>
 
-#include <ctime>
-
+#include "mail/base/clock.h"
 #include "support/support.h"
 
 namespace attalven {
@@ -23,12 +22,6 @@ constexpr int kHighestCode = 999;
 void setTimeLimit(int fd, int option, int seconds) {
     struct timeval limit = {seconds, 0};
     setsockopt(fd, SOL_SOCKET, option, &limit, sizeof limit);
-}
-
-time_t monotonicSeconds() {
-    struct timespec now;
-    clock_gettime(CLOCK_MONOTONIC, &now);
-    return now.tv_sec;
 }
 
 }  // namespace
@@ -59,7 +52,7 @@ int Dialogue::reply(int seconds) {
         return 0;
     }
     setTimeLimit(fileno(in_.get()), SO_RCVTIMEO, seconds);
-    time_t end = monotonicSeconds() + seconds;
+    double end = monotonicSeconds() + seconds;
     int code = sockGetStatCode(in_.get());
     bool isCode = code > 0 && code <= kHighestCode;
     // What comes of a reply that took too long would be read as the next one.

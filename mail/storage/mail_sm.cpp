@@ -24,6 +24,18 @@ void assignStripped(Line& line, string_view text) {
         if (!isSpace(c)) line.append(c);
 }
 
+/// Gives each line of the file, stripped, to `take` until it gives false.
+template <typename Take>
+void eachLine(const char* path, Take take) {
+    OwnedFile file = openRegular(path);
+    LineReader lines(file.get(), kLineLimit);
+    Line line;
+    for (LinePiece piece; lines.next(piece);) {
+        assignStripped(line, piece.text);
+        if (!take(line)) return;
+    }
+}
+
 /// The state is the one section that counts: lines are looked at only while it is the current one.
 struct PartitionChoice {
     string_view prefix, wantedSection;
@@ -65,14 +77,12 @@ bool forbidden(char c) {
 }  // namespace
 
 bool listsDomain(const char* path, const char* domain) {
-    OwnedFile file = openRegular(path);
-    LineReader lines(file.get(), kLineLimit);
-    Line line;
-    for (LinePiece piece; lines.next(piece);) {
-        assignStripped(line, piece.text);
-        if (!line.view().starts_with('#') && equalNoCase(line.view(), domain)) return true;
-    }
-    return false;
+    bool isListed = false;
+    eachLine(path, [&](const Line& line) {
+        isListed = !line.view().starts_with('#') && equalNoCase(line.view(), domain);
+        return !isListed;
+    });
+    return isListed;
 }
 
 }  // namespace attalven
@@ -84,17 +94,11 @@ char* smGetAvailablePartition(int type, const char* section) {
     FilePath path;
     path.append(conf.mboxRootDir);
     path.append("/storage.ini");
-    OwnedFile file = openRegular(path.c_str());
-    if (!file || (type != 1 && type != 2)) return nullptr;
-    availablePartition.clear();
+    if (type != 1 && type != 2) return nullptr;
     PartitionChoice choice{type == 1 ? string_view("SPOOL") : string_view("MAILBOX"),
                            viewOf(section), false, 0, availablePartition};
-    LineReader lines(file.get(), kLineLimit);
-    Line line;
-    for (LinePiece piece; lines.next(piece);) {
-        assignStripped(line, piece.text);
-        if (!choice.take(line)) break;
-    }
+    availablePartition.clear();
+    eachLine(path.c_str(), [&](const Line& line) { return choice.take(line); });
     return availablePartition.empty() ? nullptr : availablePartition.data();
 }
 
