@@ -79,6 +79,20 @@ bool convert(std::string& text, const std::string& set) {
     return true;
 }
 
+/// The bytes of HZ characters are ASCII letters: those that mean something in a quoted name are
+/// protected.
+std::string protectedNames(const std::string& addresses) {
+    std::string text;
+    bool isShifted = false;
+    for (size_t i = 0; i < addresses.size(); i++) {
+        if (addresses[i] == '~' && strchr("{}", addresses[i + 1]))
+            isShifted = addresses[i + 1] == '{';
+        if (isShifted && strchr("\"\\", addresses[i])) text += '\\';
+        text += addresses[i];
+    }
+    return text;
+}
+
 /// Chooses the set for sending when none was given, and converts the texts and file names.
 std::string convertTexts(Form& form, std::vector<std::string>& names) {
     std::vector<std::string> candidates = {"us-ascii", "kor-utf-8", "jpn-utf-8", "cnt-utf-8",
@@ -89,7 +103,10 @@ std::string convertTexts(Form& form, std::vector<std::string>& names) {
         std::vector<std::string> convertedNames = names;
         std::string set = pageSetOf(charset);
         bool fits = convert(converted.body, set);
-        for (auto& [option, text] : converted.options.given) fits = fits && convert(text, set);
+        for (auto& [option, text] : converted.options.given) {
+            fits = fits && convert(text, set);
+            if (set == "HZ" && option != "subject") text = protectedNames(text);
+        }
         for (std::string& name : convertedNames) fits = fits && convert(name, set);
         if (!fits) continue;
         form = converted;
