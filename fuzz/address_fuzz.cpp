@@ -15,12 +15,6 @@ std::string str(const char* text) {
     return text ? text : "";
 }
 
-std::string quoted(const std::string& name) {
-    std::string text = "\"";
-    for (char c : name) text += c == '"' || c == '\\' ? std::string("\\") + c : std::string(1, c);
-    return text + "\"";
-}
-
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
@@ -36,7 +30,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         if (name.find("=?") != name.npos) name.clear();
         require(name.size() <= 300);
         if (address.size() > 300) continue;
-        OwnedAddress again(mailGetAddrList((quoted(name) + " <" + address + ">").c_str()));
+        OwnedAddress again(
+            mailGetAddrList(("\"" + fuzz::escaped(name) + "\" <" + address + ">").c_str()));
         require(again && !again->next && str(again->name) == name);
         require(str(again->mailbox) + "@" + str(again->host) == address);
     }

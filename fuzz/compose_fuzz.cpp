@@ -2,21 +2,14 @@
 // header block holds known fields only, each once, and a multipart message has as many parts as
 // were put in. No field can add a line, a header or a part.
 
-#include <cstdlib>
 #include <set>
-#include <string>
 
+#include "fuzz.h"
 #include "mail/mail.h"
 
-namespace {
+using fuzz::require;
 
-/// The next field of the input, up to a NUL.
-std::string takeField(std::string& input) {
-    size_t end = std::min(input.find('\0'), input.size());
-    std::string field = input.substr(0, end);
-    input.erase(0, end + 1);
-    return field;
-}
+namespace {
 
 void checkHeader(const std::string& header, size_t from) {
     std::set<std::string> known = {
@@ -29,7 +22,7 @@ void checkHeader(const std::string& header, size_t from) {
         std::string line = header.substr(from, end - from);
         from = end + 1;
         if (line.starts_with('\t') || line.starts_with(' ')) continue;
-        if (known.erase(line.substr(0, line.find(':'))) == 0) abort();
+        require(known.erase(line.substr(0, line.find(':'))) == 1);
     }
 }
 
@@ -37,9 +30,8 @@ void checkHeader(const std::string& header, size_t from) {
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (size < 4) return 0;
-    std::string input(reinterpret_cast<const char*>(data) + 4, size - 4);
-    std::string f[10];
-    for (std::string& field : f) field = takeField(input);
+    std::string input = fuzz::textOf(data + 4, size - 4), f[10];
+    for (std::string& field : f) field = fuzz::takeField(input);
     if (f[8].starts_with("/") || f[8].starts_with("forward@")) f[8] = "photo.gif";
     char* list[] = {f[8].data(), nullptr};
     FILE* out = tmpfile();
@@ -49,19 +41,19 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
                 data[1] / 5 % 5, data[2] % 11, f[7].c_str(), f[9].c_str(), f[2].c_str(), 1, out);
     std::string message(static_cast<size_t>(ftell(out)), 0);
     rewind(out);
-    if (fread(message.data(), 1, message.size(), out) != message.size()) abort();
+    require(fread(message.data(), 1, message.size(), out) == message.size());
     MailInfo* mail = mailProcessing(0, static_cast<int>(message.size()), "(top)", out);
     MailBodyList** index = mailGetBody(mail->body);
     int parts = 0, wanted = ((data[3] >> 1 & 3) == 2 ? 2 : 1) + attach;
     while (index[parts]) parts++;
-    if (mail->body->type == 5 && message.find("\n\nThis is a multi-part") != std::string::npos &&
-        parts != wanted)
-        abort();
+    bool isMultipart =
+        mail->body->type == 5 && message.find("\n\nThis is a multi-part") != std::string::npos;
+    require(!isMultipart || parts == wanted);
     mailFreeBodyIdx(index);
     mailFree(&mail);
     fclose(out);
     size_t header = message.find('\n') + 1, end = message.find("\n\n", header);
-    if (!message.starts_with("From ") || end == std::string::npos) abort();
+    require(message.starts_with("From ") && end != std::string::npos);
     checkHeader(message.substr(0, end), header);
     return 0;
 }

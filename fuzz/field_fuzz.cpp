@@ -12,12 +12,8 @@ namespace {
 
 std::string written(const MailParam* list) {
     std::string text;
-    for (; list; list = list->next) {
-        text += std::string(list->name) + "=\"";
-        for (const char* c = list->value; *c; c++)
-            text += *c == '"' || *c == '\\' ? std::string("\\") + *c : std::string(1, *c);
-        text += "\"; ";
-    }
+    for (; list; list = list->next)
+        text += std::string(list->name) + "=\"" + fuzz::escaped(list->value) + "\"; ";
     return text;
 }
 

@@ -30,15 +30,6 @@ void checkInside(const std::string& path) {
     for (const fs::path& component : fs::path(path)) require(component != "..");
 }
 
-/// The fields up to the end of the input; what is missing is empty.
-void takeFields(std::string& input, std::string (&fields)[4]) {
-    for (std::string& field : fields) {
-        size_t end = std::min(input.find('\0'), input.size());
-        field = input.substr(0, end);
-        input.erase(0, end + 1);
-    }
-}
-
 void checkPaths(const char* id, const char* domain) {
     checkInside(smGetUserPhysicalSpoolPath(id, domain));
     checkInside(smGetUserLogicalSymLinkSpoolPath(id, domain));
@@ -99,7 +90,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         else
             input += static_cast<char>(data[i]);
     }
-    takeFields(input, f);
+    for (std::string& field : f) field = fuzz::takeField(input);
     const char *id = f[0].c_str(), *domain = f[1].c_str();
     checkPaths(id, domain);
     checkUpload(f[3]);

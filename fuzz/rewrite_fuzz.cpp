@@ -4,12 +4,10 @@
 
 #include <unistd.h>
 
-#include <cstdio>
-#include <cstdlib>
 #include <fstream>
 #include <iterator>
-#include <string>
 
+#include "fuzz.h"
 #include "mail/mail.h"
 #include "tests/kit/folder_model.h"
 
@@ -25,12 +23,12 @@ void write(const std::string& content) {
 
 extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, size_t size) {
     if (size < 4) return 0;
-    std::string content(reinterpret_cast<const char*>(data + 3), size - 3);
+    std::string content = fuzz::textOf(data + 3, size - 3);
     std::string first = content.substr(0, content.size() - content.size() * data[2] / 512);
     std::string later = content.substr(first.size());
     write(first);
     Fldr* folder = fldrOpen(path.c_str());
-    if (!folder) abort();
+    fuzz::require(folder);
     kit::ModelFolder model(first);
     std::vector<unsigned> status;
     for (int n = 1; n <= fldrMsgMax(folder); n++) {
@@ -46,8 +44,8 @@ extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, size_t size) {
     std::string result{std::istreambuf_iterator<char>(in), {}};
     bool isOwnMail =
         later.empty() || (first.ends_with('\n') && kit::isFromLine(kit::linesOf(later)[0]));
-    if (!isRewritten && result != content) abort();
-    if (isRewritten && isOwnMail && result != model.rewritten(status) + later) abort();
-    if (isRewritten && !isOwnMail && !result.ends_with(later)) abort();
+    fuzz::require(!isRewritten ? result == content
+                  : isOwnMail  ? result == model.rewritten(status) + later
+                               : result.ends_with(later));
     return 0;
 }

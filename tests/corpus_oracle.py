@@ -4,6 +4,7 @@
 import hashlib, os, subprocess, sys, tempfile, urllib.parse
 
 import oracle
+from checks import expect, finish
 
 CODEC = {"ks_c_5601-1987": "cp949", "big5": "big5hkscs", "us-ascii": "ascii", "shift_jis": "cp932"}
 
@@ -20,12 +21,12 @@ def compare(row, truth):
             ("priority", int(row["priority"]), truth["priority"]), ("date", int(row["date"]), truth["date"]),
             ("parts", int(row["leaves"]), truth["leaves"] + truth["uu"]),
             ("Message-ID", urllib.parse.unquote(row["id"]), truth["message_id"]), ("address", row["addr"], truth["from_addr"])):
-        oracle.expect(label(truth), key, got == want, got, want)
+        expect(f"{label(truth)}: {key}", got == want, got, want)
     subject, name = truth["subject_join"], truth["from_name"]
-    oracle.expect(label(truth), "subject", subject in oracle.readings(row["subject"]), row["subject"], subject)
+    expect(f"{label(truth)}: subject", subject in oracle.readings(row["subject"]), row["subject"], subject)
     # Unquoted names lose their blanks.
     names = (text.replace(" ", "") for text in oracle.readings(row["name"]))
-    oracle.expect(label(truth), "name", name.replace(" ", "") in names, row["name"], name)
+    expect(f"{label(truth)}: name", name.replace(" ", "") in names, row["name"], name)
 
 
 def compare_text(folder, truth, out):
@@ -39,7 +40,7 @@ def compare_text(folder, truth, out):
     os.remove(out)
     # The empty line before the next From_ line is part of the message, but not of the text that was written.
     digests = [hashlib.sha256(t.encode()).hexdigest() for t in (text, text.removesuffix("\n"))]
-    oracle.expect(label(truth), "text", digest in digests, text[:60], digest)
+    expect(f"{label(truth)}: text", digest in digests, text[:60], digest)
 
 
 with tempfile.TemporaryDirectory() as scratch:
@@ -52,5 +53,4 @@ with tempfile.TemporaryDirectory() as scratch:
             compare(row, truth)
         for truth in truths[:40]:
             compare_text(folder, truth, os.path.join(scratch, "part"))
-print(f"{oracle.differences} differences")
-sys.exit(oracle.differences > 0)
+finish()

@@ -167,11 +167,7 @@ int raceFaults() {
 }  // namespace
 
 int main(int argc, char** argv) {
-    char memory[] = "/dev/shm/attalven-race-XXXXXX", disk[] = "/tmp/attalven-race-XXXXXX";
-    const char* made = mkdtemp(memory);
-    if (!made) made = mkdtemp(disk);
-    if (!made) return 1;
-    dir = made;
+    dir = kit::memoryFolder();
     path = dir + "/folder";
     kit::writeFile(path, messageOf("first"));
     sent["first"] = 1;

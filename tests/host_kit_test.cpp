@@ -6,15 +6,13 @@
 #include <unistd.h>
 
 #include <filesystem>
-#include <fstream>
-#include <map>
 
 #include "host/kit/folder.h"
 #include "host/kit/mbox_scan.h"
 #include "host/kit/passwords.h"
 #include "host/kit/request.h"
 #include "host/kit/summary.h"
-#include "kit/site.h"
+#include "kit/calls.h"
 
 namespace {
 
@@ -42,36 +40,6 @@ class HostKit : public kit::Site {
 std::string mail(const std::string& id, const std::string& subject) {
     return "From a@example.org Mon Jan  5 00:00:00 2004\nFrom: a@example.org\nMessage-ID: <" + id +
            ">\nSubject: " + subject + "\n\ntext\n\n";
-}
-
-/// The texts of a key in a file with one `"key": "text",` a line.
-std::vector<std::string> jsonTexts(const std::string& file, const std::string& key) {
-    std::ifstream in(file);
-    std::vector<std::string> texts;
-    for (std::string line; std::getline(in, line);) {
-        size_t at = line.find("\"" + key + "\": \"");
-        if (at == std::string::npos) continue;
-        std::string text;
-        for (size_t i = at + key.size() + 5; line[i] != '"'; i++)
-            text += line[i] == '\\' ? line[++i] : line[i];
-        texts.push_back(text);
-    }
-    return texts;
-}
-
-TEST_F(HostKit, ListShowsSubjectsAndSendersOfAllSets) {
-    fill("inbox", kit::readFile(TEST_DATA "/sample.mbox"));
-    std::vector<std::string> subjects = jsonTexts(TEST_DATA "/sample.json", "subject"),
-                             names = jsonTexts(TEST_DATA "/sample.json", "from_name"),
-                             addresses = jsonTexts(TEST_DATA "/sample.json", "address");
-    for (const char* source : {"parsed", "from its file"}) {
-        Summary summary(kim, "inbox");
-        ASSERT_EQ(summary.rows().size(), subjects.size()) << source;
-        for (size_t i = 0; i < subjects.size(); i++) {
-            EXPECT_EQ(summary.rows()[i].subject, subjects[i]) << source << i + 1;
-            EXPECT_EQ(summary.rows()[i].from, names[i].empty() ? addresses[i] : names[i]) << i + 1;
-        }
-    }
 }
 
 TEST_F(HostKit, ScanAgreesWithTheIndex) {
@@ -240,59 +208,32 @@ TEST_F(HostKit, FullDiskLosesNothing) {
     EXPECT_EQ(kit::filesIn(path("inbox").substr(0, path("inbox").rfind('/'))), 1);
 }
 
-/// Names and values of a form's fields and files, or the status of the error page.
-std::string formOf(const std::string& type, const std::string& body, const std::string& dir,
-                   const std::string& folder) {
-    kit::writeFile(dir + "/input", body);
-    if (!freopen((dir + "/input").c_str(), "r", stdin)) return "no input";
-    setenv("REQUEST_METHOD", "POST", 1);
-    setenv("CONTENT_TYPE", type.c_str(), 1);
-    setenv("CONTENT_LENGTH", std::to_string(body.size()).c_str(), 1);
-    std::string seen;
-    try {
-        host::Request request(folder);
-        for (const char* name : {"a", "b"})
-            for (const std::string& value : request.values(name))
-                seen += std::string(name) + "=" + value + ";";
-        for (const host::Upload& file : request.uploads())
-            seen += file.field + ":" + file.name + "(" + file.type +
-                    ")=" + kit::readFile(file.path) + ";";
-    } catch (const host::PageError& error) {
-        seen = std::to_string(error.status);
-    }
-    return seen;
-}
-
 TEST_F(HostKit, FormsSayWhatWasTyped) {
-    const std::string url = "application/x-www-form-urlencoded",
-                      multi = "multipart/form-data; boundary=X";
-    auto part = [](const std::string& head, const std::string& content) {
-        return "--X\r\nContent-Disposition: form-data; " + head + "\r\n\r\n" + content + "\r\n";
-    };
-    const std::string file =
-        "name=\"b\"; filename=\"C:\\d\\\xB0\xA1.txt\"\r\nContent-Type: text/plain";
-    const std::string end = "--X--\r\n", euc = part("name=\"_charset_\"", "EUC-KR");
     admOptions.attachFileLimitSize = 1;
     admOptions.attachFileLimitNum = 1;
-    struct Row {
-        std::string type, body, seen;
+    /// Names and values of a form's fields and files, or the status of the error page.
+    auto form = [this](kit::Arguments& a) {
+        std::string folder = a.size() > 2 ? "" : dir, seen;
+        const std::string_view body = a[1];
+        kit::writeFile(dir + "/input", body);
+        if (!freopen((dir + "/input").c_str(), "r", stdin)) return seen;
+        setenv("REQUEST_METHOD", "POST", 1);
+        setenv("CONTENT_TYPE", a[0], 1);
+        setenv("CONTENT_LENGTH", std::to_string(body.size()).c_str(), 1);
+        try {
+            host::Request request(folder);
+            for (const char* name : {"a", "b"})
+                for (const std::string& value : request.values(name))
+                    seen += std::string(name) + "=" + value + ";";
+            for (const host::Upload& file : request.uploads())
+                seen += file.field + ":" + file.name + "(" + file.type +
+                        ")=" + kit::readFile(file.path) + ";";
+        } catch (const host::PageError& error) {
+            seen = std::to_string(error.status);
+        }
+        return seen;
     };
-    const Row rows[] = {
-        {url, "a=1%2B+%zz&a=%EA%B0%80&b", "a=1+ %zz;a=가;b=;"},
-        {url, "_charset_=euc-kr&a=%b0%a1%26%2312354%3B", "a=가あ;"},
-        {url, "_charset_=utf-8&a=%26%2312354%3B", "a=&#12354;;"},
-        {url, "_charset_=GB2312&a=%96%7C", "a=東;"},
-        {multi, part("name=\"a\"", "\r\n-X\r\n\r") + end, "a=\r\n-X\r\n\r;"},
-        {multi, euc + part(file, "1\r\n--Y\n2") + end, "b:가.txt(text/plain)=1\r\n--Y\n2;"},
-        {multi, part("name=\"b\"; filename=\"\"", "") + end, ""},
-        {multi, part(file, "") + part(file, "") + end, "413"},
-        {multi, part(file, std::string(10 << 20, 'x')) + end, "413"},
-        {multi, part("name=\"a\"", "cut"), "400"},
-        {"multipart/form-data", end, "400"},
-    };
-    for (const Row& row : rows)
-        EXPECT_EQ(formOf(row.type, row.body, dir, dir), row.seen) << row.body.substr(0, 80);
-    EXPECT_EQ(formOf(multi, part(file, "1") + end, dir, ""), "") << "no place for files";
+    kit::runTable("host/forms.table", {{"form", form}});
     for (const auto& entry : std::filesystem::directory_iterator(dir))
         EXPECT_EQ(entry.path().string().find("upload-"), std::string::npos) << "a file was left";
 }

@@ -3,7 +3,6 @@ import json, os, subprocess, sys, urllib.parse
 
 PAGE_SETS = ["euc_kr", "cp949", "shift_jis", "cp932", "gb2312", "gbk", "big5", "hz", "iso-8859-1", "iso-8859-15", "utf-8"]
 FIELDS = "num offset hdr size status priority date leaves id addr name subject".split()
-differences = 0
 
 
 def run(*args):
@@ -18,14 +17,6 @@ def readings(field):
             yield raw.decode(name)
         except UnicodeDecodeError:
             pass
-
-
-def expect(message, what, holds, got, want=""):
-    global differences
-    if not holds:
-        differences += 1
-        if differences <= 20:
-            print(f"message {message}: {what} is {got!r}, not {want!r}")
 
 
 def pairs(folder, truths):

@@ -196,11 +196,7 @@ void run(const Scenario& s, const Fault& first, const Fault* second) {
 
 int main(int argc, char** argv) {
     bool isFull = argc > 1 && strcmp(argv[1], "full") == 0;
-    char memory[] = "/dev/shm/attalven-faults-XXXXXX", disk[] = "/tmp/attalven-faults-XXXXXX";
-    const char* made = mkdtemp(memory);
-    if (!made) made = mkdtemp(disk);
-    if (!made) return 1;
-    dir = made;
+    dir = kit::memoryFolder();
     path = dir + "/folder";
     marker = path + ".tmp";
     faultsInit();

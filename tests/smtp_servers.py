@@ -2,38 +2,15 @@
 """smtp_servers.py ATTALVEN EXIM WORK: delivers through real SMTP servers on loopback and reads the mail back with
 `attalven`. Exim takes the plain dialogue and delivers into an mbox file; aiosmtpd, strict, is reached through the
 adapter. WORK is a new folder for everything that the servers write."""
-import os, shutil, socket, subprocess, sys, time
+import os, shutil, subprocess, sys, time
+
+from checks import finish, same as expect
+from strict_server import StrictServer, free_port, started
 
 ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 PROGRAM, EXIM, WORK = (os.path.abspath(a) for a in sys.argv[1:4])
 # As whom tools/run-exim runs it.
 USER, GROUP = ("mail", "mail") if os.geteuid() == 0 else (os.getuid(), os.getgid())
-failures = 0
-
-
-def expect(what, got, want):
-    global failures
-    if got != want:
-        failures += 1
-        print(f"FAIL {what}: {got!r:.300}, expected {want!r:.300}")
-
-
-def free_port():
-    with socket.create_server(("127.0.0.1", 0)) as s:
-        return s.getsockname()[1]
-
-
-def started(command, port):
-    process = subprocess.Popen(command, stdin=subprocess.PIPE, stdout=subprocess.DEVNULL)
-    for _ in range(200):
-        try:
-            socket.create_connection(("127.0.0.1", port), 1).close()
-            return process
-        except OSError:
-            time.sleep(0.05)
-    process.terminate()
-    raise RuntimeError(f"{command[0]} did not start")
-
 
 HEAD = "From me Mon Jan  5 10:00:00 2004\nFrom: me@example.org\nTo: kim@example.org\nSubject: {}\n\n"
 TEXTS = {"small": HEAD.format("small") + ".\n..dots\n.hidden\nlast line\n",
@@ -78,35 +55,12 @@ def through_exim():
         exim.wait(10)
 
 
-AIOSMTPD = """
-import asyncio, sys
-from aiosmtpd.controller import Controller
-class Handler:
-    async def handle_RCPT(self, server, session, envelope, address, options):
-        if address.startswith("nobody"): return "550 no such user"
-        envelope.rcpt_tos.append(address)
-        return "250 ok"
-    async def handle_DATA(self, server, session, envelope):
-        open(sys.argv[2], "wb").write(envelope.content)
-        return "250 taken"
-c = Controller(Handler(), hostname="127.0.0.1", port=int(sys.argv[1]), data_size_limit=60000000)
-c.start()
-sys.stdin.read()
-"""
-
-
 def through_aiosmtpd():
-    port, taken = free_port(), f"{WORK}/taken"
-    server = started(["/usr/bin/python3", "-c", AIOSMTPD, str(port), taken], port)
-    try:
+    with StrictServer(f"{WORK}/taken") as server:
         for name, text in TEXTS.items():
-            expect(f"aiosmtpd, {name}: results", deliver(port, text, "--helo", "client.example.org"), RESULTS)
-            with open(taken, "rb") as f:
-                content = f.read()
+            expect(f"aiosmtpd, {name}: results", deliver(server.port, text, "--helo", "client.example.org"), RESULTS)
+            [(_, _, content)] = server.taken()
             expect(f"aiosmtpd, {name}: content", content, text.split("\n", 1)[1].replace("\n", "\r\n").encode())
-    finally:
-        server.stdin.close()
-        server.wait(10)
 
 
 shutil.rmtree(WORK, ignore_errors=True)
@@ -116,5 +70,4 @@ if os.path.exists(EXIM):
     through_exim()
 else:
     print("SKIPPED: Exim (needs the unpacked package)")
-print(f"{failures} failures")
-sys.exit(failures > 0)
+finish()

@@ -17,10 +17,10 @@ HEADERS = {"status", "content-type", "content-length", "content-disposition", "c
            "referrer-policy", "x-content-type-options", "cross-origin-resource-policy"}
 
 
-def ask(query, user="kim", lang="eng"):
+def ask(query, user="kim", lang="eng", program="mailview"):
     env = {"REQUEST_METHOD": "GET", "QUERY_STRING": query, "REMOTE_ADDR": "127.0.0.1",
            "HTTP_COOKIE": f"auth={sites.code(user, KEY)}; lang={lang}"}
-    done = subprocess.run([f"{BUILD}/host/cgi-auth/mailview.cgi"], env=env, stdin=subprocess.DEVNULL, capture_output=True)
+    done = subprocess.run([f"{BUILD}/host/cgi-auth/{program}.cgi"], env=env, stdin=subprocess.DEVNULL, capture_output=True)
     head, content = done.stdout.split(b"\n\n", 1)
     return {k.lower(): v for k, v in (line.split(": ", 1) for line in head.decode("ascii").splitlines())}, content
 
@@ -30,10 +30,14 @@ def view(cmd, select=1, raw="", user="kim", lang="eng", **fields):
     return ask(urllib.parse.urlencode(query, encoding="utf-8", errors="surrogateescape") + raw, user, lang)
 
 
+def decoded(head, content):
+    label = re.search("charset=(.*)", head["content-type"])[1].lower()
+    return content.decode(CODECS.get(label, label))
+
+
 def page(cmd, *args, **fields):
     head, content = view(cmd, *args, **fields)
-    label = re.search("charset=(.*)", head["content-type"])[1].lower()
-    return head, content.decode(CODECS.get(label, label))
+    return head, decoded(head, content)
 
 
 def texts(pattern, markup):
@@ -92,6 +96,15 @@ class MailView(unittest.TestCase):
         pictures = [ask(query)[1] for query in re.findall(r'src="[^"?]*\?([^"]*)"', page("body", 18)[1] + page("body", 25)[1].lower())]
         self.assertEqual([picture[:4] for picture in pictures], [b"\x89PNG", b"GIF8", b"\x89PNG"])
         self.assertEqual(texts("<h1>(.*?)</h1>", page("view", 20, part="2.2")[1]), ["innermost"])
+
+    def test_list(self):
+        shutil.copyfile(f"{DATA}/sample.mbox", f"{SITE}/spool/k/i/kim")
+        sites.run(BUILD, SITE, "attalven", "prefs", "set", "kim", "PAGE_SIZE=200")
+        for source in ("parsed", "from its file"):
+            rows = re.findall('name="msg" value="(\\d+):.*?<bdi>(.*?)</bdi>.*?<bdi>(.*?)</bdi>',
+                              decoded(*ask("fldrname=inbox", program="maillist")), re.S)
+            seen = [tuple(map(html.unescape, row[1:])) for row in sorted(rows, key=lambda row: int(row[0]))]
+            self.assertEqual(seen, [(known["from_name"] or known["address"], known["subject"]) for known in KNOWN], source)
 
     def test_names_and_forms(self):
         b64 = base64.b64encode(mail("inside", headers="Subject: coded")).decode()

@@ -1,48 +1,23 @@
 #!/usr/bin/env python3
 """mailwrite.py BUILD: posts compose forms to mailwrite.cgi by hand and reads what a strict SMTP server on
 loopback got, what the folders keep and what the pages say. Makes the site BUILD/site, where the programs look for it."""
-import base64, email, email.policy, glob, html, json, mailbox, os, quopri, re, secrets, socket, subprocess, sys, time
+import base64, email, email.policy, glob, html, mailbox, os, quopri, re, secrets, subprocess, sys
 from urllib.parse import urlencode
 import sites
+from checks import finish, same as expect
+from strict_server import StrictServer
 
 BUILD = os.path.abspath(sys.argv[1])
 (SITE, KEY), SESSION = sites.make(BUILD, "kim"), secrets.token_hex(16)
-MBOX, TAKEN = f"{SITE}/mbox/k/i/kim", f"{SITE}/taken"
-failures = 0
-SERVER = """
-import json, sys, itertools
-from aiosmtpd.controller import Controller
-count = itertools.count()
-class Handler:
-    async def handle_RCPT(self, server, session, envelope, address, options):
-        if address.startswith("nobody"): return "550 no such user"
-        envelope.rcpt_tos.append(address)
-        return "250 ok"
-    async def handle_DATA(self, server, session, envelope):
-        if envelope.rcpt_tos[0].startswith("full"): return "552 no room"
-        with open(f"{sys.argv[2]}/{next(count):03}", "w") as out:
-            json.dump([envelope.mail_from, envelope.rcpt_tos, envelope.content.decode("latin-1")], out)
-        return "250 taken"
-c = Controller(Handler(), hostname="127.0.0.1", port=int(sys.argv[1]), data_size_limit=0)
-c.start()
-sys.stdin.read()
-"""
+MBOX, SERVER = f"{SITE}/mbox/k/i/kim", StrictServer(f"{SITE}/taken")
 
 
-def expect(what, got, want):
-    global failures
-    if got != want:
-        failures += 1
-        print(f"FAIL {what}: {got!r:.400}, expected {want!r:.400}")
-
-
-def make_site(port):
+def make_site():
     sites.run(BUILD, SITE, "attalven", "prefs", "set", "ATTACH_FILE_LIMIT_SIZE=1", "ATTACH_FILE_LIMIT_NUM=3")
-    for path, text in ((f"{SITE}/mbox/smtp_server_list.ini", f"127.0.0.1:{port}\n"),
+    for path, text in ((f"{SITE}/mbox/smtp_server_list.ini", f"127.0.0.1:{SERVER.port}\n"),
                        (f"{MBOX}/signature.txt", "김철수\nExample & Sons\n")):
         with open(path, "w") as out:
             out.write(text)
-    os.mkdir(TAKEN)
 
 
 def cgi(query="", fields=None, files=(), lang="kor", token=None, session=SESSION):
@@ -83,13 +58,7 @@ def new(**fields):
 
 def taken():
     """The messages that the server got since the last call: sender, recipients, parsed message."""
-    got = []
-    for path in sorted(glob.glob(f"{TAKEN}/*")):
-        with open(path) as f:
-            sender, to, content = json.load(f)
-        os.remove(path)
-        got.append((sender, to, email.message_from_bytes(content.encode("latin-1"), policy=email.policy.default)))
-    return got
+    return [(sender, to, email.message_from_bytes(content, policy=email.policy.default)) for sender, to, content in SERVER.taken()]
 
 
 def kept(folder):
@@ -183,8 +152,8 @@ def check_drafts():
            (1, "lee@localhost", True))
     page = cgi(urlencode({"cmd": "draft", "fldrname": "drafts", "select": 1, "msgid": draft[0]["message-id"].strip("<>")}))[1]
     again = values(page)
-    same = [n for n in fields if n not in ("form", "action") and again.get(n) != fields[n].rstrip("\n")]
-    expect("draft goes on", (same, "보고서 & co.txt" in html.unescape(page), "[image 1] a.png" in page), ([], True, True))
+    lost = [n for n in fields if n not in ("form", "action") and again.get(n) != fields[n].rstrip("\n")]
+    expect("draft goes on", (lost, "보고서 & co.txt" in html.unescape(page), "[image 1] a.png" in page), ([], True, True))
     cgi("", {**again, "to": "lee@localhost", "action": "send"})
     [(_, _, m)] = taken()
     parts = {p.get_filename(): p.get_payload(decode=True) for p in m.walk() if p.get_filename()}
@@ -265,21 +234,8 @@ def check_hostile():
     expect("sender", (m["from"].addresses[0].display_name, str(m["reply-to"])), ("김\" 철수", "reply@localhost"))
 
 
-def main():
-    with socket.create_server(("127.0.0.1", 0)) as s:
-        port = s.getsockname()[1]
-    make_site(port)
-    server = subprocess.Popen(["/usr/bin/python3", "-c", SERVER, str(port), TAKEN], stdin=subprocess.PIPE)
-    try:
-        while socket.socket().connect_ex(("127.0.0.1", port)):
-            time.sleep(0.05)
-        for check in (check_texts, check_html, check_delivery, check_drafts, check_answers, check_hostile):
-            check()
-    finally:
-        server.stdin.close()
-        server.wait(10)
-
-
-main()
-print(f"{failures} failures")
-sys.exit(failures > 0)
+make_site()
+with SERVER:
+    for check in (check_texts, check_html, check_delivery, check_drafts, check_answers, check_hostile):
+        check()
+finish()

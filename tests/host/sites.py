@@ -1,6 +1,8 @@
 """A site for the programs of a build: made anew in BUILD/site, where they look for it, with users who can log in."""
 import base64, fcntl, glob, hashlib, hmac, os, re, shutil, subprocess, sys, time
 
+sys.path.append(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
+
 
 def add_pages(build, site):
     """The web mail's templates and its rows of the message tables."""
@@ -35,9 +37,9 @@ def make(build, *users):
         return site, re.search(r"ADMIN_KEY *= *(\S+)", f.read())[1]
 
 
-def code(user, key):
+def code(user, key, seconds=9 * 3600):
     """An authentication code, or with the key of its forms a token, as if made in an hour: later than the
     user's password."""
     pack = lambda b: base64.urlsafe_b64encode(b).decode().rstrip("=")
-    text = f"{pack(user.encode())}.{int(time.time()) + 9 * 3600}"
-    return f"{text}.{pack(hmac.new(key.encode(), f'attalven-auth-code-1:{text}'.encode(), hashlib.sha256).digest())}"
+    text = f"{pack(user.encode())}.{int(time.time()) + seconds}"
+    return f"{text}.{pack(hmac.digest(key.encode(), f'attalven-auth-code-1:{text}'.encode(), hashlib.sha256))}"

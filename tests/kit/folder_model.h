@@ -11,6 +11,8 @@
 #include <string>
 #include <vector>
 
+#include "mail/folder.h"
+
 namespace kit {
 
 using Lines = std::vector<std::string>;
@@ -102,6 +104,43 @@ struct ModelFolder {
         return out;
     }
 };
+
+/// Where messages lie: "offset+headerSize/size " of each.
+struct Spans {
+    std::string text;
+    template <typename Number>
+    void add(Number offset, Number header, Number size) {
+        text += std::to_string(offset) + "+" + std::to_string(header) + "/" + std::to_string(size) +
+                " ";
+    }
+};
+
+inline std::string spans(const ModelFolder& model) {
+    Spans all;
+    size_t at = model.before;
+    for (const ModelMessage& m : model.messages) {
+        all.add(at, m.headerSize(), m.size());
+        at += m.size();
+    }
+    return all.text;
+}
+
+/// By the index.
+inline std::string spans(Fldr* f) {
+    Spans all;
+    for (int n = 1; n <= fldrMsgMax(f); n++)
+        all.add(fldrMsgEntryPos(n, f), fldrMsgHdrSize(n, f), fldrMsgSize(n, f));
+    return all.text;
+}
+
+/// By a loop of fldrGetMsgSizeInfo().
+inline std::string spans(FILE* stream) {
+    Spans all;
+    int offset, header, size;
+    rewind(stream);
+    while (fldrGetMsgSizeInfo(&offset, &header, &size, stream)) all.add(offset, header, size);
+    return all.text;
+}
 
 }  // namespace kit
 

@@ -40,6 +40,14 @@ void writeFile(const std::string& path, std::string_view content) {
         .write(content.data(), static_cast<std::streamsize>(content.size()));
 }
 
+std::string memoryFolder() {
+    char memory[] = "/dev/shm/attalven-test-XXXXXX", disk[] = "/tmp/attalven-test-XXXXXX";
+    const char* made = mkdtemp(memory);
+    if (!made) made = mkdtemp(disk);
+    if (!made) abort();
+    return made;
+}
+
 int modeOf(const std::string& path) {
     struct stat st;
     return stat(path.c_str(), &st) == 0 ? static_cast<int>(st.st_mode & 07777) : -1;

@@ -37,6 +37,9 @@ File fileOf(std::string_view content);
 std::string contentOf(FILE* f);
 std::string readFile(const std::string& path);
 void writeFile(const std::string& path, std::string_view content);
+/// A new folder, in memory where that is possible.
+std::string memoryFolder();
+
 /// Permission bits, -1 when nothing is there.
 int modeOf(const std::string& path);
 /// How many entries a directory has.

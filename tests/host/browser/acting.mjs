@@ -1,6 +1,7 @@
 // What a user does: lists, changes, and what nobody may do.
 import assert from "node:assert/strict";
 import fs from "node:fs";
+import { BUILD } from "./site.mjs";
 
 const subjects = (page) => page.locator("table.mails tbody th.what a").allInnerTexts();
 const row = (page, subject) => page.locator("tr", { hasText: subject });
@@ -54,10 +55,7 @@ export async function refusals(site) {
     const ref = await page.locator("[name=msg]").first().getAttribute("value");
     for (const [what, address, form, wanted] of [
         ["a folder that is a path", "cgi-auth/maillist.cgi?fldrname=../../l/e/lee", null, 404],
-        ["another user's spool", "cgi-auth/mailview.cgi?fldrname=../../spool/l/e/lee&select=1", null, 404],
-        ["a number beyond the folder", "cgi-auth/mailview.cgi?fldrname=inbox&select=999", null, 404],
         ["another's Message-ID", mail + "&msgid=nobody%40example.org&cmd=raw", null, 404],
-        ["a part that is none", mail + "&cmd=down&part=77", null, 404],
         ["a change without a token", list, post({ cmd: "delete", msg: ref }), 403],
         ["a forged token", list, post({ cmd: "delete", msg: ref, token: token.slice(0, -2) + "AA" }), 403],
         ["a change by GET", `${list}&cmd=delete&msg=${encodeURIComponent(ref)}&token=${encodeURIComponent(token)}`, null, 200],
@@ -96,25 +94,34 @@ async function arrived(page, site, subject) {
     assert.fail(`${subject} has not arrived: ${await subjects(page)}`);
 }
 
+/// The visible text of the mail that is open.
+async function textOf(page) {
+    return (await page.frameLocator("iframe[name=mailtext]").locator("body").innerText()).replace(/\u00a0/g, " ");
+}
+
+/// Sends a mail; gives what the result's page says.
+async function send(page, to, subject, text, files) {
+    await follow(page, page.getByRole("link", { name: "Write" }));
+    await page.fill("#to", to);
+    await page.fill("#subject", subject);
+    await page.fill("#body", text);
+    if (files) await page.setInputFiles("#attach", files);
+    await press(page, "Send");
+    return page.locator("main").innerText();
+}
+
 export async function mailBetweenUsers(site) {
     const kim = await site.as("kim"), lee = await site.as("lee");
     const subject = "첨부 파일 둘과 café", text = "안녕하세요, Lee.\n\"따옴표\" & 1 < 2, a@b\n끝.";
     const files = [fileOf("회의록 1 & 2.bin", 70000), fileOf("b.bin", 3)];
-    await follow(kim.page, kim.page.getByRole("link", { name: "Write" }));
-    await kim.page.fill("#to", "lee@localhost, nobody@localhost");
-    await kim.page.fill("#subject", subject);
-    await kim.page.fill("#body", text);
-    await kim.page.setInputFiles("#attach", files);
-    await press(kim.page, "Send");
-    const result = await kim.page.locator("main").innerText();
+    const result = await send(kim.page, "lee@localhost, nobody@localhost", subject, text, files);
     assert.match(result, /lee@localhost\s+Accepted/);
     assert.ok(!/nobody@localhost\s+Accepted/.test(result), "a recipient that does not exist");
     await kim.page.goto(folder(site, "sent"));
     assert.deepEqual(await subjects(kim.page), [subject]);
 
     await arrived(lee.page, site, subject);
-    const seen = await lee.page.frameLocator("iframe[name=mailtext]").locator("body").innerText();
-    assert.ok(seen.replace(/\u00a0/g, " ").includes(text), seen);
+    assert.ok((await textOf(lee.page)).includes(text));
     const links = await lee.page.locator(".files td a").all();
     assert.equal(links.length, files.length);
     for (const [i, link] of links.entries()) {
@@ -132,6 +139,9 @@ export async function mailBetweenUsers(site) {
 }
 
 export async function settings(site) {
+    // What Sieve, Exim and the form of a message would each take for their own.
+    const mark = `${BUILD}/site/run/pwned`, sieve = `";redirect "lee@localhost";# \\ \${run{/bin/touch ${mark}}}`;
+    const away = `휴가 ${sieve}`, reply = `Back on Monday: "월요일", \${pid} $local_part ${sieve}\n.\ntext:\n\\"`;
     const kim = await site.as("kim"), lee = await site.as("lee"), sysop = await site.as("sysop");
     const save = async (form, fields) => {
         await follow(kim.page, kim.page.getByRole("link", { name: "Settings" }));
@@ -144,20 +154,17 @@ export async function settings(site) {
     };
     await save("general", { email_name: "김 \"K\" <누리>", page_size: "5" });
     await save("signature_form", { signature: "김누리 드림" });
-    await save("vacation_form", { vacation: true, subject: "휴가 중입니다", reply: 'Back on Monday: "월요일", ${pid} $local_part.\n.\n' });
+    await save("vacation_form", { vacation: true, subject: away, reply });
     await save("forwarding_form", { forwarding: "sysop@localhost", keep_copy: true });
     await kim.page.goto(folder(site, "inbox"));
     assert.equal((await subjects(kim.page)).length, 5);
 
-    await follow(lee.page, lee.page.getByRole("link", { name: "Write" }));
-    await lee.page.fill("#to", "kim@localhost");
-    await lee.page.fill("#subject", "Are you there?");
-    await lee.page.fill("#body", "I ask.");
-    await press(lee.page, "Send");
-    assert.match(await lee.page.locator("main").innerText(), /kim@localhost\s+Accepted/);
-    await arrived(lee.page, site, "휴가 중입니다");
-    const reply = await lee.page.frameLocator("iframe[name=mailtext]").locator("body").innerText();
-    assert.ok(reply.includes('Back on Monday: "월요일", ${pid} $local_part.\n.'), reply);
+    assert.match(await send(lee.page, "kim@localhost", "Are you there?", "I ask."), /kim@localhost\s+Accepted/);
+    await arrived(lee.page, site, away);
+    const said = await textOf(lee.page);
+    assert.ok(said.includes(reply) && !fs.existsSync(mark), said);
+    await lee.page.goto(folder(site, "inbox"));
+    assert.equal(await row(lee.page, "Are you there?").count(), 0, "not redirected");
     await arrived(kim.page, site, "Are you there?");
     await arrived(sysop.page, site, "Are you there?");
 
@@ -165,7 +172,12 @@ export async function settings(site) {
     await press(kim.page, "Send");
     await arrived(lee.page, site, "Re: Are you there?");
     assert.ok((await lee.page.locator("main dl").innerText()).includes('김 "K" <누리>'), "the name of the settings");
-    const answer = await lee.page.frameLocator("iframe[name=mailtext]").locator("body").innerText();
-    assert.ok(answer.includes("김누리 드림"), "the signature");
+    assert.ok((await textOf(lee.page)).includes("김누리 드림"), "the signature");
+
+    await save("vacation_form", { start: "2020-01-01", end: "2020-01-02" });
+    await send(sysop.page, "kim@localhost", "And now?", "I ask, too.");
+    for (const { page } of [kim, sysop]) await arrived(page, site, "And now?");
+    await sysop.page.goto(folder(site, "inbox"));
+    assert.equal(await row(sysop.page, away).count(), 0, "the vacation is over");
     for (const { context } of [kim, lee, sysop]) await context.close();
 }

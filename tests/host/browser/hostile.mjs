@@ -1,11 +1,10 @@
 // A mailbox of mail that means harm, in every place that a page shows. What would run sets the page's title to "ran",
 // raises a dialog or writes to the console; what would load asks a host below .example.
 import fs from "node:fs";
-import { DATA } from "./site.mjs";
 
 const active = (kind) => `"><script>alert('${kind}')</script><img src=http://${kind}.example/x onerror=console.log('ran')>'`;
 const word = (text) => `=?utf-8?B?${Buffer.from(text).toString("base64")}?=`;
-const html = fs.readFileSync(`${DATA}/../browser/hostile.html`, "utf8");
+const html = fs.readFileSync(new URL("hostile.html", import.meta.url), "utf8");
 const base64 = (text) => Buffer.from(text).toString("base64").replace(/.{76}/g, "$&\n") + "\n";
 const part = (type, body, ...more) => [`Content-Type: ${type}`, ...more, "", body].join("\n");
 const script = `<svg xmlns="http://www.w3.org/2000/svg"><script>alert(1);document.title='ran'</script></svg>`;

@@ -1,14 +1,17 @@
-// The commands for sites, users and settings, as an operator runs them.
+// The commands for sites, users and settings, and those that write mail, as an operator runs them
+// (roundtrip.py reads back what is composed).
 
 #include <cstdlib>
 
+#include "kit/script_server.h"
 #include "kit/site.h"
 
 namespace {
 
-class SiteCommand : public kit::Site {
+class Command : public kit::Site {
   protected:
-    SiteCommand() { setenv("ATTALVEN_SITE", site().c_str(), 1); }
+    Command() { setenv("ATTALVEN_SITE", site().c_str(), 1); }
+    ~Command() override { unsetenv("ATTALVEN_SITE"); }
     std::string site() const { return dir + "/site"; }
     /// Exit code and output, both streams, of "attalven <arguments>".
     static std::string run(const std::string& arguments) {
@@ -16,7 +19,7 @@ class SiteCommand : public kit::Site {
     }
 };
 
-TEST_F(SiteCommand, MakesASiteThatTheLibraryReads) {
+TEST_F(Command, MakesASiteThatTheLibraryReads) {
     EXPECT_EQ(
         run("site init " + site() + " --host web.example.org --domain example.org --lang kor"),
         "0 " + site() +
@@ -30,7 +33,7 @@ TEST_F(SiteCommand, MakesASiteThatTheLibraryReads) {
     EXPECT_EQ(run("site init " + site()), "1 attalven site: " + site() + " is not empty\n");
 }
 
-TEST_F(SiteCommand, UsersAndTheirSettings) {
+TEST_F(Command, UsersAndTheirSettings) {
     ASSERT_EQ(run("site init " + site() + " --host mail.example.org").substr(0, 1), "0");
     const struct {
         const char* label;
@@ -63,6 +66,27 @@ TEST_F(SiteCommand, UsersAndTheirSettings) {
     EXPECT_EQ(run("prefs set kim").substr(0, 2), "2 ");
     setenv("ATTALVEN_SITE", dir.c_str(), 1);
     EXPECT_EQ(run("prefs show").substr(0, 26), "1 attalven prefs: no site:");
+}
+
+TEST_F(Command, RefusesWhatItCannotWrite) {
+    unsetenv("ATTALVEN_SITE");
+    const std::string compose = "compose --from '\"김철수\" <kim@a.kr>' < /dev/null ";
+    EXPECT_EQ(run(compose).substr(0, 2), "2 ") << "to nobody";
+    for (const char* rest : {"--charset gb2312", "forward@/dev/null"})
+        EXPECT_EQ(run(compose + "--to b@c.kr " + rest).substr(0, 2), "1 ") << rest;
+}
+
+TEST_F(Command, SendsToEveryRecipient) {
+    unsetenv("ATTALVEN_SITE");
+    kit::ScriptServer server(
+        {"220 hi\n", "250 ok\n", "250 ok\n", "250 ok\n", "550 no\n", "354 go\n"});
+    EXPECT_EQ(run("send --from kim@a.kr --to b@c.kr --cc d@e.kr < /dev/null --server " +
+                  server.address()),
+              "1 b@c.kr 250\nd@e.kr 550\n");
+    EXPECT_NE(server.received().find("rcpt to: d@e.kr\ndata\nFrom kim@a.kr "), std::string::npos);
+    kit::ScriptServer gateway({"1\n1\n", "1\n", "1\n", "1\n", "-"});
+    EXPECT_EQ(run("sms 127.0.0.1 " + std::to_string(gateway.port()) + " 011 kim 'a b'"), "0 ");
+    EXPECT_EQ(gateway.received(), "callnum 011\nreqnum NIL\nreqname kim\nmsg a+b\n");
 }
 
 }  // namespace
