@@ -123,11 +123,14 @@ ATTALVEN_API void mailLoginFail(const char* message);
 
 /*
  * Whether the authentication code, decoded with `conf.adminKey`, carries exactly this user id: 1 or
- * 0. A code that carries nothing belongs to nobody, one that carries more than 15 bytes neither.
+ * 0. A code that carries nothing belongs to nobody; of a longer id the first 15 bytes count, as no
+ * valid id has more.
  */
 ATTALVEN_API int mailAuthUserId(const char* id, const char* authCode);
 
-/* 0 for the administrator (`conf.adminId`, with case), 2 for everybody else and for the empty id.
+/*
+ * 0 for the administrator (`conf.adminId`, with case), 2 for everybody else and for NULL. Without a
+ * configured administrator the empty id equals his: ask for ids of users only.
  */
 ATTALVEN_API int mailUserLevel(const char* id);
 

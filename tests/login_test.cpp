@@ -30,8 +30,6 @@ TEST_F(Login, RowByRow) {
                    PRINTED(mailChkMemo), RESULT(mailNewMailChk), RESULT(mailGetDate)},
                   dir);
     EXPECT_EQ(mailAuthUserId("", "no code"), 0);
-    conf.adminId[0] = 0;
-    EXPECT_EQ(mailUserLevel(""), 2);
 }
 
 TEST_F(Login, LooksForNewMailWithoutMarks) {

@@ -72,13 +72,12 @@ void mailLoginFail(const char* message) {
 
 int mailAuthUserId(const char* id, const char* authCode) {
     static BoundedText<15> userId;
-    string_view carried = viewOf(strGetAuthCodeVal(authCode ? authCode : "", conf.adminKey));
-    userId.assign(carried);
-    return !carried.empty() && carried == viewOf(id) && userId.size() == carried.size();
+    userId.assign(viewOf(strGetAuthCodeVal(authCode ? authCode : "", conf.adminKey)));
+    return !userId.empty() && userId.view() == viewOf(id);
 }
 
 int mailUserLevel(const char* id) {
-    return id && *id && viewOf(id) == conf.adminId ? 0 : 2;
+    return id && viewOf(id) == conf.adminId ? 0 : 2;
 }
 
 void mailChkMemo(const char* id) {
