@@ -108,6 +108,15 @@ TEST_F(Folder, ReadsHeadersThatNoBlockHolds) {
     fldrClose(f);
 }
 
+TEST_F(Folder, HeadersThatRunOnHaveABudget) {
+    string content;
+    for (int i = 0; i < 1000; i++) content += kFrom + "Status: O\n";
+    Fldr* f = open(content + "X: " + string(100'000, 'x') + "\nStatus: R\n\n");
+    EXPECT_EQ(fldrMsgGetStatus(1, f), FLDR_READ | FLDR_OLD);
+    EXPECT_EQ(fldrMsgGetStatus(999, f), FLDR_OLD);
+    fldrClose(f);
+}
+
 TEST_F(Folder, AccessorsCheckTheirEntry) {
     Fldr* f = open(kFrom + "\n" + kFrom + "Status: O\n\n" + kFrom + "\n");
     ASSERT_EQ(fldrMsgMax(f), 3);

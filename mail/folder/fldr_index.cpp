@@ -1,6 +1,7 @@
 // The index of a folder, built in one pass: the header of each message is read where the scan has
 // it in memory. A header too long for that is read again through the stream. Survives any content;
-// what cannot be indexed stays untouched in the file.
+// what cannot be indexed stays untouched in the file, and headers that run on behind their messages
+// have a budget: one empty line may end those of 30,000.
 
 #include "fldr_index.h"
 
@@ -15,20 +16,54 @@ namespace attalven {
 
 namespace {
 
-/// Most headers fit; more is looked at when one does not.
-constexpr size_t kFirstLook = 1;
+/// Reads the headers of the messages that the scan stands at, one after another.
+class Headers {
+  public:
+    Headers(FolderScan& scan, FILE* stream) : scan_(scan), stream_(stream) {}
 
-void summarize(FolderScan& scan, FILE* stream, HeaderSummary& summary) {
-    if (readHeaderSummary(scan.window(kFirstLook), false, summary) == HeaderResult::kDone) return;
-    string_view window = scan.window(LineReader::kBlock);
-    bool isWholeFile = window.size() < LineReader::kBlock;
-    if (readHeaderSummary(window, isWholeFile, summary) == HeaderResult::kDone) return;
-    off_t readAhead = ftello(stream);
-    if (fseeko(stream, scan.position(), SEEK_SET) == 0) {
-        LineReader reader(stream, kHeaderLineLimit);
-        readHeaderSummary(reader, summary);
+    const HeaderSummary& read() {
+        if (budget_ < 0)
+            readWithin();
+        else
+            readWhole();
+        return summary_;
     }
-    fseeko(stream, readAhead, SEEK_SET);
+    /// Takes what the last header block read behind its message, which had `size` bytes.
+    void charge(int64_t size) { budget_ -= std::max(summary_.blockSize - size, int64_t{0}); }
+    /// A text that failed once takes nothing more.
+    void reset() { summary_ = HeaderSummary(); }
+
+  private:
+    /// Most headers fit; more is looked at when one does not.
+    static constexpr size_t kFirstLook = 1, kShortLook = 8 << 10;
+
+    void readWhole();
+    /// The header as far as it lies in its message and in memory, and the next From_ line, which
+    /// shows that the last header is complete.
+    void readWithin() {
+        string_view window = scan_.window(kShortLook);
+        size_t next = window.find("\nFrom ");
+        if (next != string_view::npos) window = head(window, window.find('\n', next + 1));
+        readHeaderSummary(window, true, summary_);
+    }
+
+    FolderScan& scan_;
+    FILE* stream_;
+    HeaderSummary summary_;
+    int64_t budget_ = 32 << 20;  // bytes behind messages
+};
+
+void Headers::readWhole() {
+    if (readHeaderSummary(scan_.window(kFirstLook), false, summary_) == HeaderResult::kDone) return;
+    string_view window = scan_.window(LineReader::kBlock);
+    bool isWholeFile = window.size() < LineReader::kBlock;
+    if (readHeaderSummary(window, isWholeFile, summary_) == HeaderResult::kDone) return;
+    off_t readAhead = ftello(stream_);
+    if (fseeko(stream_, scan_.position(), SEEK_SET) == 0) {
+        LineReader reader(stream_, kHeaderLineLimit);
+        readHeaderSummary(reader, summary_);
+    }
+    fseeko(stream_, readAhead, SEEK_SET);
 }
 
 /// The values of a message list; false when memory was out for one of them.
@@ -51,14 +86,13 @@ bool isJustNow(const timespec& t) {
     return age < 20'000'000;
 }
 
-/// Makes the entry of the message that `scan` stands at; NULL when memory is out.
-FldrMsg* makeEntry(OpenFolder& folder, FolderScan& scan, HeaderSummary& summary) {
+/// Makes the entry of the message whose header is to be read; NULL when memory is out.
+FldrMsg* makeEntry(OpenFolder& folder, Headers& headers) {
     FldrMsg* entry = folder.newEntry();
     if (!entry) return nullptr;
-    summarize(scan, folder.record.fp, summary);
-    if (fill(*entry, summary)) return entry;
+    if (fill(*entry, headers.read())) return entry;
     folder.dropEntry(entry);
-    summary = HeaderSummary();  // a text that failed once takes nothing more
+    headers.reset();
     return nullptr;
 }
 
@@ -70,12 +104,13 @@ void buildIndex(OpenFolder& folder) {
     folder.timesAreCoarse = isJustNow(folder.indexed.changed);
     rewind(stream);
     FolderScan scan(stream);
-    HeaderSummary summary;
+    Headers headers(scan, stream);
     folder.fingerprint = scan.fingerprint();
     while (folder.record.msgCount < FLDR_MAX_MSGS && scan.findMessage()) {
         if (folder.firstMessage < 0) folder.firstMessage = folder.end = scan.position();
-        FldrMsg* entry = makeEntry(folder, scan, summary);
+        FldrMsg* entry = makeEntry(folder, headers);
         MessageSpan span = scan.measure();
+        headers.charge(span.size);
         if (span.end() > INT32_MAX) {
             if (entry) folder.dropEntry(entry);
             break;

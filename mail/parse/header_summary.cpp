@@ -74,12 +74,15 @@ void HeaderSummary::clear() {
 HeaderResult readHeaderSummary(string_view window, bool isWholeFile, HeaderSummary& summary) {
     WindowLines lines{window, isWholeFile};
     readInto(lines, summary);
+    summary.blockSize = static_cast<int64_t>(lines.taken);
     return lines.ranOut ? HeaderResult::kNeedMore : HeaderResult::kDone;
 }
 
 void readHeaderSummary(LineReader& reader, HeaderSummary& summary) {
     StreamLines lines{reader};
+    int64_t start = reader.position();
     readInto(lines, summary);
+    summary.blockSize = reader.position() - start;
 }
 
 }  // namespace attalven

@@ -20,6 +20,7 @@ struct HeaderSummary {
     Text from;       // mailbox@host of the first From address; empty when absent
     Text subject;    // decoded; empty when absent
     bool hasSubject = false;
+    int64_t blockSize = 0;  // bytes of the header block, as far as it was read
 
     /// Whether memory ran out for one of the texts.
     bool failed() const { return messageId.failed() || from.failed() || subject.failed(); }
