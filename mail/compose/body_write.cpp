@@ -51,7 +51,7 @@ void PartWriter::list(MailBody* first, const Boundaries& boundaries) {
     };
     for (MailBody* node = first; node; node = node->next) {
         delimiter("\n");
-        if (isAlternative(*node) && boundaries.depth < kMaxDepth)
+        if (isAlternative(*node) && boundaries.depth < kMaxNesting)
             alternatives(node->child, boundaries);
         else
             part(*node);

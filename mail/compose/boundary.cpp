@@ -32,7 +32,7 @@ bool fileContains(const char* fileName, string_view token) {
 }
 
 bool occurs(const MailBody* parts, string_view token, int bodyEncoding, int depth) {
-    for (; parts && depth < kMaxDepth; parts = parts->next) {
+    for (; parts && depth < kMaxNesting; parts = parts->next) {
         bool found = isTextInMemory(*parts)
                          ? bodyEncoding == kRaw && contains(viewOf(parts->content), token)
                          : parts->type == kMessage && fileContains(parts->fileName, token);

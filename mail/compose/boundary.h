@@ -7,12 +7,9 @@
 // in use around it. Content that holds many of the draws in advance gets one that nobody can
 // foresee.
 
-#include "mail/base/text.h"
-#include "mail/parse.h"
+#include "mail/parse/record.h"
 
 namespace attalven {
-
-constexpr int kMaxDepth = 100;  // of containers in containers
 
 /// A boundary in use, and those around it.
 struct Boundaries {

@@ -20,8 +20,6 @@ namespace attalven {
 
 namespace {
 
-enum NodeEncoding { k7Bit = 0, k8Bit = 1, kNodeBase64 = 3 };
-
 OwnedBody attachmentNode(const char* entry, InlineImages images) {
     AttachmentEntry read = AttachmentEntry::of(entry);
     OwnedBody node;
@@ -30,7 +28,7 @@ OwnedBody attachmentNode(const char* entry, InlineImages images) {
     } else {
         const char* type = mimeGetType(entry);
         int major = mimeGetMajorType(type);
-        node = newNode(major, mimeGetSubType(type), major == kText ? k7Bit : kNodeBase64);
+        node = newNode(major, mimeGetSubType(type), major == kText ? k7Bit : kBase64);
     }
     if (!node) return nullptr;
     bool isInline = images == InlineImages::kRecognised && read.isInline;

@@ -3,13 +3,10 @@
 
 // What both composers share: the record of a message that is being composed and its output.
 
-#include "mail/base/owned.h"
 #include "mail/compose.h"
+#include "mail/parse/record.h"
 
 namespace attalven {
-
-using OwnedMessage = Owned<MailInfo, mailFree>;
-using OwnedBody = Owned<MailBody, mailFreeBody>;
 
 /// The form fields that both composers take.
 struct DraftFields {

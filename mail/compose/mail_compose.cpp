@@ -72,11 +72,11 @@ char* htmlContent(const char* body, const Receipt* receipt) {
 
 /// The text of the message: the plain node, with the HTML node as its sibling.
 OwnedBody textNodes(int bodyType, const char* body, const Receipt* receipt) {
-    OwnedBody plain = newNode(kText, "plain", 0);
+    OwnedBody plain = newNode(kText, "plain", k7Bit);
     if (!plain || !(plain->content = wrapped(OwnedText(strStripHTMLTag(body)), "", "\n\n")))
         return nullptr;
     if (bodyType != kHtmlBody) return plain;
-    OwnedBody html = newNode(kText, "html", 1);
+    OwnedBody html = newNode(kText, "html", k8Bit);
     if (!html || !(html->content = htmlContent(body, receipt))) return nullptr;
     plain->next = html.release();
     return plain;
@@ -88,7 +88,7 @@ bool addTexts(MailBody& root, OwnedBody texts) {
         root.child = texts.release();
         return root.child;
     }
-    OwnedBody container = newNode(kMultipart, "alternative", 0);
+    OwnedBody container = newNode(kMultipart, "alternative", k7Bit);
     if (!container) return false;
     container->child = texts.release();
     root.child = container.release();

@@ -16,9 +16,9 @@ namespace {
 
 /// The inner message's one text, whose content is sealed elsewhere.
 bool addEmptyText(MailBody& root) {
-    OwnedBody container = newNode(kMultipart, "alternative", 0);
+    OwnedBody container = newNode(kMultipart, "alternative", k7Bit);
     if (!container) return false;
-    container->child = newNode(kText, "plain", 0).release();
+    container->child = newNode(kText, "plain", k7Bit).release();
     root.child = container.release();
     return root.child->child;
 }

@@ -5,10 +5,9 @@
 #include "dialogue.h"
 #include "mail/base/bounded_text.h"
 #include "mail/base/line_reader.h"
-#include "mail/base/owned.h"
 #include "mail/base/text.h"
 #include "mail/compose.h"
-#include "mail/parse.h"
+#include "mail/parse/record.h"
 #include "support/host.h"
 #include "support/support.h"
 
@@ -27,8 +26,6 @@ constexpr int kBadMailbox = 553;
 // Seconds to wait for a reply (RFC 5321 section 4.5.3.2). A shorter wait after the end of data
 // doubles mail: the server may have taken the message.
 constexpr int kCommandSeconds = 300, kDataSeconds = 120, kEndSeconds = 600;
-
-using AddressList = Owned<MailAddress, mailFreeAddress>;
 
 /// The address as a command carries it: without blanks and control bytes, which would end it.
 Text commandAddress(const MailAddress& a) {
@@ -69,7 +66,7 @@ void greet(Dialogue& server) {
 }
 
 void nameSender(Dialogue& server, const char* from) {
-    AddressList list(mailGetAddrList(from));
+    OwnedAddress list(mailGetAddrList(from));
     if (!list) return;
     Text address = commandAddress(*list);
     if (isSendable(address)) server.command({"mail from: ", address.view(), "\n"}, kCommandSeconds);
@@ -145,7 +142,7 @@ char* mailGetFastestSmtpServer(void) {
 
 MailSendResult* mailRFC822MsgSender(const char* from, const char* to, const char*,
                                     const char* server, FILE* message) {
-    AddressList recipients(mailGetAddrList(to));
+    OwnedAddress recipients(mailGetAddrList(to));
     int fd = server && message ? sockConnect(server, kSmtpPort) : -1;
     if (fd < 0) return resultsFor(recipients.get()).release();
     Dialogue dialogue(fd);

@@ -34,7 +34,7 @@ void writeText(OutStream out, const char* text, int bodyEncoding) {
 
 void writeContentType(OutStream out, const MailBody& node) {
     out.append("Content-Type: ");
-    out.append(mime_types[node.type >= 0 && node.type < 8 ? node.type : 0]);
+    out.append(typeName(node.type));
     out.append("/");
     appendOneLine(out, viewOf(node.subType));
 }

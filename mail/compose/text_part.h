@@ -5,16 +5,14 @@
 // media type names, quoted names.
 
 #include "mail/base/file.h"
-#include "mail/base/owned.h"
-#include "mail/parse.h"
+#include "mail/parse/record.h"
 
 namespace attalven {
 
-enum MediaType { kMessage = 4, kMultipart = 5, kText = 6 };
 enum SendMode { kAlwaysMultipart = 2, kEncrypted = 5, kSignEncrypted, kVoiceMail, kFax, kBulk };
 
-/// Codes of `headerEncoding` and `bodyEncoding`.
-enum TransferCode { kRaw = 1, kQuotedPrintable = 2, kBase64 = 3 };
+/// The code of `headerEncoding` and `bodyEncoding` beside kQuotedPrintable and kBase64.
+inline constexpr int kRaw = 1;
 
 /// Whether the node's text is in memory; any other leaf takes its content from a file.
 inline bool isTextInMemory(const MailBody& node) {

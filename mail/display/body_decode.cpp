@@ -6,17 +6,15 @@
 
 #include <cstring>
 
-#include "mail/base/ascii.h"
-#include "mail/base/owned.h"
 #include "mail/codec.h"
 #include "mail/display.h"
+#include "mail/parse/record.h"
 #include "support/support.h"
 
 namespace attalven {
 
 namespace {
 
-constexpr int kQuotedPrintable = 2, kBase64 = 3;
 constexpr int kPageMode = 2;
 
 /// What "cid:" references may add to a text: a body that repeats the four bytes grows by the length

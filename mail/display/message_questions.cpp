@@ -9,7 +9,7 @@ namespace attalven {
 
 Text mediaTypeText(const MailBody& part) {
     Text text;
-    text.append(mime_types[part.type >= kUnknown && part.type <= kVideo ? part.type : kUnknown]);
+    text.append(typeName(part.type));
     text.append('/');
     text.append(viewOf(part.subType));
     return text;

@@ -22,11 +22,11 @@ using StreamDecoder = void (*)(FILE* out, FILE* in, int length);
 
 StreamDecoder decoderOf(int code) {
     switch (code) {
-        case 2:
+        case kQuotedPrintable:
             return strmDecodeQP;
-        case 3:
+        case kBase64:
             return strmDecodeBase64;
-        case 7:
+        case kUuencoded:
             return strmDecodeUU;
         default:
             return strmXBit;

@@ -13,13 +13,13 @@ namespace {
 
 struct EncodingName {
     string_view key;
-    int code;
+    TransferEncoding code;
 };
 constexpr EncodingName kEncodingNames[] = {
-    {"7bit", 0},   {"8bit", 1},       {"binary", 4}, {"quoted-printable", 2},
-    {"base64", 3}, {"x-uuencode", 7},
+    {"7bit", k7Bit},     {"8bit", k8Bit},
+    {"binary", kBinary}, {"quoted-printable", kQuotedPrintable},
+    {"base64", kBase64}, {"x-uuencode", kUuencoded},
 };
-constexpr int kUnknownEncoding = 5;
 
 constexpr string_view kBlanks = " \t\r\n";
 

@@ -8,7 +8,6 @@ namespace attalven {
 namespace {
 
 constexpr string_view kBegin = "begin ", kEnd = "end";
-constexpr int kUuencoded = 7;
 
 bool isBegin(const LinePiece& line) {
     return line.startsLine && line.text.starts_with(kBegin);

@@ -28,6 +28,22 @@ enum MediaType {
     kVideo,
 };
 
+/// Rows of `encoding`, and the code that has none.
+enum TransferEncoding {
+    k7Bit,
+    k8Bit,
+    kQuotedPrintable,
+    kBase64,
+    kBinary,
+    kUnknownEncoding,
+    kUuencoded = 7,
+};
+
+/// The name of a major media type; a code outside the table counts as unknown.
+inline const char* typeName(int type) {
+    return mime_types[type >= kUnknown && type <= kVideo ? type : kUnknown];
+}
+
 /// Levels of multiparts, and of messages inside messages, that are entered. Deeper mail is made to
 /// exhaust the stack or the processor; other mail software stops at 100 as well.
 inline constexpr int kMaxNesting = 100;
