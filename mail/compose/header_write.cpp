@@ -54,13 +54,6 @@ char* listText(const MailAddress* list, const char* charset, Form form) {
     return failed ? nullptr : all.take();
 }
 
-void writeField(OutStream out, string_view key, string_view value) {
-    out.append(key);
-    out.append(": ");
-    appendHeaderFold(out, value);
-    out.append("\n");
-}
-
 /// A field that is left out when its value is NULL.
 void writeList(OutStream out, string_view key, OwnedText value) {
     if (value) writeField(out, key, viewOf(value.get()));

@@ -23,12 +23,6 @@ bool addEmptyText(MailBody& root) {
     return root.child->child;
 }
 
-void writeField(OutStream out, string_view key, const char* value) {
-    out.append(key);
-    appendHeaderFold(out, viewOf(value));
-    out.append("\n");
-}
-
 }  // namespace
 
 }  // namespace attalven
@@ -66,12 +60,12 @@ void mailSMimeHdrWrite(const char* envelopeFrom, const char* from, const char* t
     out.append("\nMessage-Id: <");
     appendHeaderFold(out, viewOf(messageId));
     out.append(">\n");
-    if (from) writeField(out, "From: ", from);
-    if (to) writeField(out, "To: ", to);
-    if (cc) writeField(out, "Cc: ", cc);
-    if (!viewOf(replyTo).empty()) writeField(out, "Reply-To: ", replyTo);
-    writeField(out, "Subject: ", subject);
-    writeField(out, "Date: ", mailMakeDate(now));
+    if (from) writeField(out, "From", viewOf(from));
+    if (to) writeField(out, "To", viewOf(to));
+    if (cc) writeField(out, "Cc", viewOf(cc));
+    if (!viewOf(replyTo).empty()) writeField(out, "Reply-To", viewOf(replyTo));
+    writeField(out, "Subject", viewOf(subject));
+    writeField(out, "Date", mailMakeDate(now));
     out.append("MIME-Version: 1.0\n");
     if (smimeMode == kOuterEncrypted) out.append("X-SMIME: Encrypt\n");
     if (smimeMode == kOuterSignEncrypted) out.append("X-SMIME: SignEncrypt\n");
@@ -82,6 +76,6 @@ void mailSMimeHdrWrite(const char* envelopeFrom, const char* from, const char* t
         "Content-Transfer-Encoding: base64\n"
         "Content-Disposition: attachment;\n\tfilename=\"smime.p7m\"\n");
     fprintf(stream, "X-Priority: %d\n", priority);
-    writeField(out, "X-Mailer: ", mailerInfo());
+    writeField(out, "X-Mailer", mailerInfo());
     out.append("\n");
 }

@@ -8,6 +8,7 @@
 #include "mail/base/text.h"
 #include "mail/compose.h"
 #include "mail/parse/record.h"
+#include "mail/storage/user_paths.h"
 #include "support/host.h"
 #include "support/support.h"
 
@@ -123,9 +124,7 @@ using namespace attalven;
 
 char* mailGetFastestSmtpServer(void) {
     static BoundedText<kServerMax> smtpServer;
-    BoundedText<sizeof conf.mboxRootDir + 32> path;
-    path.append(viewOf(conf.mboxRootDir));
-    path.append("/smtp_server_list.ini");
+    FilePath path = siteFilePath("smtp_server_list.ini");
     int lines = chkExistFile(path.c_str()) ? fileTotalLine(path.c_str()) : 0;
     if (lines <= 0) return conf.serverName;
     initRandom();

@@ -32,6 +32,13 @@ void writeText(OutStream out, const char* text, int bodyEncoding) {
     if (bodyEncoding == kBase64) strmDestEncodeBase64(out.stream, text);
 }
 
+void writeField(OutStream out, string_view key, string_view value) {
+    out.append(key);
+    out.append(": ");
+    appendHeaderFold(out, value);
+    out.append("\n");
+}
+
 void writeContentType(OutStream out, const MailBody& node) {
     out.append("Content-Type: ");
     out.append(typeName(node.type));

@@ -30,6 +30,9 @@ string_view transferName(int bodyEncoding, string_view charset);
 /// Writes the text in that encoding; an unknown code writes nothing.
 void writeText(OutStream out, const char* text, int bodyEncoding);
 
+/// One header field; its value ends neither its line nor the header.
+void writeField(OutStream out, string_view key, string_view value);
+
 /// "Content-Type: type/subtype", without a line end.
 void writeContentType(OutStream out, const MailBody& node);
 

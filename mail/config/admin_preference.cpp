@@ -20,21 +20,13 @@ namespace {
 constexpr string_view kSettings = "admin_preference.ini", kSubject = "adm_mail_subject.txt",
                       kMail = "adm_mail.txt", kSign = "adm_sign.txt";
 
-FilePath siteFile(string_view name) {
-    FilePath path;
-    path.append(conf.mboxRootDir);
-    path.append('/');
-    path.append(name);
-    return path;
-}
-
 char* textOf(string_view name) {
-    return readText(siteFile(name).c_str()).release();
+    return readText(siteFilePath(name).c_str()).release();
 }
 
 /// The first line, with its end; a file that does not open leaves the subject alone.
 void readSubject(MailAdminPreference& rec) {
-    OwnedFile file = openRegular(siteFile(kSubject).c_str());
+    OwnedFile file = openRegular(siteFilePath(kSubject).c_str());
     if (!file) return;
     LineReader lines(file.get(), kShortLines);
     LinePiece line;
@@ -42,14 +34,14 @@ void readSubject(MailAdminPreference& rec) {
 }
 
 void replaceText(string_view name, const char* text) {
-    replaceFile(siteFile(name).c_str(), viewOf(text));
+    replaceFile(siteFilePath(name).c_str(), viewOf(text));
 }
 
 }  // namespace
 
 void mailGetAdminPreference(MailAdminPreference* rec) {
     if (!rec) return;
-    FilePath path = siteFile(kSettings);
+    FilePath path = siteFilePath(kSettings);
     OwnedFile file = openRegular(path.c_str());
     if (!file && isMissing(path.c_str())) {
         mailInitAdminPreference();
@@ -66,7 +58,7 @@ void mailSetAdminPreference(MailAdminPreference* rec) {
     if (!rec) return;
     if (!chkExistFile(conf.mboxRootDir)) mailInitPathName(conf.mboxRootDir);
     umask(kSettingsMask);
-    FilePath path = siteFile(kSettings);
+    FilePath path = siteFilePath(kSettings);
     Text content;
     writeSettings(adminSettings(), rec, content);
     if (replaceSettings(path.c_str(), content) == Replaced::kNotOpened) failToOpen(path.view());

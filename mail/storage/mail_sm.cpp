@@ -91,14 +91,12 @@ using namespace attalven;
 
 char* smGetAvailablePartition(int type, const char* section) {
     static BoundedText<255> availablePartition;
-    FilePath path;
-    path.append(conf.mboxRootDir);
-    path.append("/storage.ini");
     if (type != 1 && type != 2) return nullptr;
     PartitionChoice choice{type == 1 ? string_view("SPOOL") : string_view("MAILBOX"),
                            viewOf(section), false, 0, availablePartition};
     availablePartition.clear();
-    eachLine(path.c_str(), [&](const Line& line) { return choice.take(line); });
+    eachLine(siteFilePath("storage.ini").c_str(),
+             [&](const Line& line) { return choice.take(line); });
     return availablePartition.empty() ? nullptr : availablePartition.data();
 }
 

@@ -56,12 +56,16 @@ PathName pathComponent(string_view name) {
     return component;
 }
 
-FilePath userDirectory(const char* id, const char* domain) {
+FilePath siteFilePath(string_view name) {
     FilePath path;
     path.append(conf.mboxRootDir);
     path.append('/');
-    path.append(smGetUserLogicalMBoxPath(id, domain));
+    path.append(name);
     return path;
+}
+
+FilePath userDirectory(const char* id, const char* domain) {
+    return siteFilePath(smGetUserLogicalMBoxPath(id, domain));
 }
 
 FilePath userFilePath(const char* id, const char* domain, string_view name) {

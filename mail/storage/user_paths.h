@@ -13,6 +13,8 @@ using FilePath = BoundedText<1023>;
 /// At most 255 bytes: a longer one turns into "=".
 BoundedText<255> pathComponent(string_view name);
 
+/// `conf.mboxRootDir` / `name`: a file of the site.
+FilePath siteFilePath(string_view name);
 /// `conf.mboxRootDir` / the user's mailbox directory / `name`.
 FilePath userFilePath(const char* id, const char* domain, string_view name);
 /// `conf.mboxRootDir` / the user's mailbox directory.
