@@ -1,7 +1,7 @@
 #ifndef ATTALVEN_SUPPORT_BYTE_BLOCKS_H
 #define ATTALVEN_SUPPORT_BYTE_BLOCKS_H
 
-// The page-text scanners go from one byte that matters to the next, sixteen at a time.
+// Scanning for the bytes that matter, sixteen at a time.
 
 #include <cstring>
 #include <utility>

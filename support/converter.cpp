@@ -11,15 +11,14 @@
 
 #include "converter_hz.h"
 #include "converter_pair.h"
+#include "mail/base/charset_name.h"
 #include "support.h"
 
 namespace attalven::converter {
 namespace {
 
-using std::string_view;
-
 struct Name {
-    char text[65];
+    char text[kCharsetNameMax + 1];
     uint8_t size;
     void assign(string_view name) {
         size = static_cast<uint8_t>(std::min(name.size(), sizeof text - 1));
@@ -52,13 +51,13 @@ class Converter {
     bool gbIn_, gbOut_;  // HZ modes of both sides
 };
 
-constexpr size_t stageSize = 1024;
+constexpr size_t kStageSize = 1024;
 
 bool Converter::open() {
     const Charset *to = findCharset({target.text, target.size}),
                   *from = findCharset({source.text, source.size});
-    readsHz_ = from && from->shape == Shape::hz;
-    writesHz_ = to && to->shape == Shape::hz;
+    readsHz_ = from && from->shape == Shape::kHz;
+    writesHz_ = to && to->shape == Shape::kHz;
     gbIn_ = gbOut_ = false;
     return pair_.open(to, target.text, from, source.text);
 }
@@ -74,7 +73,7 @@ size_t Converter::finish(char** out, size_t* outLeft) {
     char* to = *out;
     if (!closeHz(gbOut_, to, to + *outLeft)) {
         errno = E2BIG;
-        return Pair::failed;
+        return Pair::kFailed;
     }
     *outLeft -= static_cast<size_t>(to - *out);
     *out = to;
@@ -88,7 +87,7 @@ size_t Converter::convert(char** in, size_t* inLeft, char** out, size_t* outLeft
 /// Unwraps a stage full, converts it, and on failure unwraps again up to the character that failed,
 /// so that the caller's pointer stands there.
 size_t Converter::fromHz(char** in, size_t* inLeft, char** out, size_t* outLeft) {
-    char stage[stageSize];
+    char stage[kStageSize];
     for (size_t inexact = 0;;) {
         const char *start = *in, *end = *in + *inLeft, *p = start;
         char* stageEnd = stage;
@@ -97,19 +96,19 @@ size_t Converter::fromHz(char** in, size_t* inLeft, char** out, size_t* outLeft)
         char* q = stage;
         size_t left = static_cast<size_t>(stageEnd - stage);
         size_t result = toTarget(&q, &left, out, outLeft);
-        if (result == Pair::failed) {
+        if (result == Pair::kFailed) {
             p = start, stageEnd = stage, gb = gbIn_;
             readHz(gb, p, end, stageEnd, q);
         }
         gbIn_ = gb;
         *in += p - start;
         *inLeft -= static_cast<size_t>(p - start);
-        if (result == Pair::failed) return result;
+        if (result == Pair::kFailed) return result;
         inexact += result;
-        if (got == HzResult::done) return inexact;
-        if (got == HzResult::full) continue;
-        errno = got == HzResult::invalid ? EILSEQ : EINVAL;
-        return Pair::failed;
+        if (got == HzResult::kDone) return inexact;
+        if (got == HzResult::kFull) continue;
+        errno = got == HzResult::kInvalid ? EILSEQ : EINVAL;
+        return Pair::kFailed;
     }
 }
 
@@ -127,7 +126,8 @@ bool Converter::fewToHz(char** in, size_t* inLeft, char** out, size_t* outLeft) 
         char stage[2], *q = stage, *start = *in;
         size_t left = *inLeft, room = few;
         size_t result = pair_.convert(in, inLeft, &q, &room);
-        if (q == stage && (result != Pair::failed || errno != E2BIG)) return result != Pair::failed;
+        if (q == stage && (result != Pair::kFailed || errno != E2BIG))
+            return result != Pair::kFailed;
         if (q > stage && frame(stage, q, out, outLeft)) return true;
         *in = start, *inLeft = left;
     }
@@ -137,11 +137,11 @@ bool Converter::fewToHz(char** in, size_t* inLeft, char** out, size_t* outLeft) 
 
 size_t Converter::toTarget(char** in, size_t* inLeft, char** out, size_t* outLeft) {
     if (!writesHz_) return pair_.convert(in, inLeft, out, outLeft);
-    char stage[stageSize];
+    char stage[kStageSize];
     while (*inLeft > 0) {
         size_t room = std::min(sizeof stage, *outLeft / 4);
         if (room < 2) {
-            if (!fewToHz(in, inLeft, out, outLeft)) return Pair::failed;
+            if (!fewToHz(in, inLeft, out, outLeft)) return Pair::kFailed;
             continue;
         }
         char* q = stage;
@@ -149,7 +149,7 @@ size_t Converter::toTarget(char** in, size_t* inLeft, char** out, size_t* outLef
         int error = errno;
         frame(stage, q, out, outLeft);
         errno = error;
-        if (result == Pair::failed && error != E2BIG) return result;
+        if (result == Pair::kFailed && error != E2BIG) return result;
     }
     return 0;
 }
@@ -202,6 +202,7 @@ Converter* openNew(string_view target, string_view source) {
 }  // namespace
 }  // namespace attalven::converter
 
+using namespace attalven;
 using namespace attalven::converter;
 
 msiconv_t msiconv_open(const char* target, const char* source) {
@@ -211,7 +212,7 @@ msiconv_t msiconv_open(const char* target, const char* source) {
             converter->reset();
             return converter;
         }
-        if (isCharsetName(to) && isCharsetName(from))
+        if (isCharsetForm(to) && isCharsetForm(from))
             if (Converter* converter = openNew(to, from)) return converter;
     }
     errno = EINVAL;
@@ -219,7 +220,7 @@ msiconv_t msiconv_open(const char* target, const char* source) {
 }
 
 size_t msiconv(msiconv_t cd, char** in, size_t* inLeft, char** out, size_t* outLeft) {
-    if (!isHandle(cd)) return Pair::failed;
+    if (!isHandle(cd)) return Pair::kFailed;
     auto* converter = static_cast<Converter*>(cd);
     if (in && *in) return converter->convert(in, inLeft, out, outLeft);
     if (out && *out) return converter->finish(out, outLeft);

@@ -6,31 +6,32 @@
 
 #include <cstring>
 
+#include "hz_section.h"
+
 namespace attalven::converter {
 namespace {
 
 /// What one unit of HZ is: its length, how many bytes of text it gives, and the mode after it.
 struct Unit {
-    HzResult result = HzResult::done;
+    HzResult result = HzResult::kDone;
     size_t length = 1, made = 1;
     bool gb = false;
 };
 
 Unit unitAt(bool gb, const char* in, const char* end) {
     if (*in == '\n' || (!gb && *in != '~')) {
-        if (*in & 0x80) return {HzResult::invalid};
+        if (*in & 0x80) return {HzResult::kInvalid};
         return {};
     }
-    if (end - in < 2) return {HzResult::incomplete};
+    if (end - in < 2) return {HzResult::kIncomplete};
     char first = in[0], second = in[1];
     if (first != '~') {
-        bool valid = first >= 0x21 && first <= 0x77 && second >= 0x21 && second <= 0x7E;
-        return {valid ? HzResult::done : HzResult::invalid, 2, 2, true};
+        return {isHzPair(first, second) ? HzResult::kDone : HzResult::kInvalid, 2, 2, true};
     }
-    if (second == '{' || second == '}') return {HzResult::done, 2, 0, second == '{'};
-    if (second == '~') return {HzResult::done, 2, 1, gb};
-    if (second == '\n') return {HzResult::done, 2, 0, gb};  // joins two lines
-    return {HzResult::invalid};
+    if (second == '{' || second == '}') return {HzResult::kDone, 2, 0, second == '{'};
+    if (second == '~') return {HzResult::kDone, 2, 1, gb};
+    if (second == '\n') return {HzResult::kDone, 2, 0, gb};  // joins two lines
+    return {HzResult::kInvalid};
 }
 
 }  // namespace
@@ -38,14 +39,14 @@ Unit unitAt(bool gb, const char* in, const char* end) {
 HzResult readHz(bool& gb, const char*& in, const char* end, char*& out, const char* outEnd) {
     while (in < end) {
         Unit unit = unitAt(gb, in, end);
-        if (unit.result != HzResult::done) return unit.result;
-        if (outEnd - out < static_cast<ptrdiff_t>(unit.made)) return HzResult::full;
+        if (unit.result != HzResult::kDone) return unit.result;
+        if (outEnd - out < static_cast<ptrdiff_t>(unit.made)) return HzResult::kFull;
         for (size_t i = 0; i < unit.made; i++)
             *out++ = static_cast<char>(unit.made == 2 ? in[i] | 0x80 : in[i]);
         in += unit.length;
         gb = unit.gb;
     }
-    return HzResult::done;
+    return HzResult::kDone;
 }
 
 bool closeHz(bool& gb, char*& out, const char* outEnd) {

@@ -7,7 +7,7 @@
 
 namespace attalven::converter {
 
-enum class HzResult { done, full, incomplete, invalid };
+enum class HzResult { kDone, kFull, kIncomplete, kInvalid };
 
 /// Reads HZ from `in` and writes the same text as 8-bit GB2312 to `out`; `gb` is the mode. Both
 /// pointers advance over whole units only, so that a call with less room stops exactly behind what

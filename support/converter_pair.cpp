@@ -14,6 +14,8 @@
 #include <cstddef>
 #include <cstring>
 
+#include "byte_blocks.h"
+
 #if defined(__SSE2__)
 #include <emmintrin.h>
 #endif
@@ -22,16 +24,9 @@ namespace attalven::converter {
 namespace {
 
 using Byte = unsigned char;
-using Block = Byte __attribute__((vector_size(16)));
 
 Byte byteAt(const char* p) {
     return static_cast<Byte>(*p);
-}
-
-Block load(const char* p) {
-    Block b;
-    memcpy(&b, p, sizeof b);
-    return b;
 }
 
 /// One bit for each lane of a comparison that is true.
@@ -46,14 +41,14 @@ unsigned bitsOf(Lanes lanes) {
 #endif
 }
 
-constexpr size_t aheadMost = 4096;  // a quarter of what is screened at a time
+constexpr size_t kAheadMost = 4096;  // a quarter of what is screened at a time
 
 struct Range {
     Byte first, span;  // the bytes first to first + span
-    auto lanes(Block b) const { return b - first <= span; }
+    auto lanes(ByteBlock b) const { return b - first <= span; }
 };
 /// The bytes that stop each screen, as characters of their own or as lead bytes.
-constexpr Range screened[][3] = {
+constexpr Range kScreened[][3] = {
     {},                                          // none
     {{0x80, 0x20}, {0xFF, 0}, {0xFF, 0}},        // korean
     {{0x80, 0x0D}, {0x90, 0x10}, {0x90, 0x10}},  // japanese
@@ -68,12 +63,12 @@ unsigned screenedBits(const char* p, const char* end, const Range (&r)[3]) {
         memcpy(last, p, static_cast<size_t>(end - p));
         p = last;
     }
-    Block b = load(p);
+    ByteBlock b = loadBlock(p);
     return bitsOf(r[0].lanes(b) | r[1].lanes(b) | r[2].lanes(b));
 }
 
 bool isLead(Byte b, Screen screen) {
-    if (screen == Screen::shiftJis) return (b >= 0x81 && b <= 0x9F) || (b >= 0xE0 && b <= 0xFC);
+    if (screen == Screen::kShiftJis) return (b >= 0x81 && b <= 0x9F) || (b >= 0xE0 && b <= 0xFC);
     return b >= 0x81 && b <= 0xFE;
 }
 
@@ -90,7 +85,7 @@ bool refuse(int error) {
 }
 
 bool isBytewise(Shape shape) {
-    return shape == Shape::stateless || shape == Shape::hz;
+    return shape == Shape::kStateless || shape == Shape::kHz;
 }
 
 }  // namespace
@@ -114,7 +109,7 @@ void Pair::close() {
 /// target would be written twice by two handles; HZ holds nothing beyond its strict table.
 bool Pair::hasWide() const {
     return to_ != from_ && (from_->wideRead || to_->wideWrite) && isBytewise(from_->shape) &&
-           to_->shape == Shape::stateless;
+           to_->shape == Shape::kStateless;
 }
 
 bool Pair::openWide() {
@@ -131,7 +126,7 @@ bool Pair::openWide() {
 void Pair::copyAscii(char** in, size_t* inLeft, char** out, size_t* outLeft) const {
     if (!stateless_) return;
     size_t most = std::min(*inLeft, *outLeft), n = 0;
-    while (most - n >= 16 && !bitsOf(load(*in + n) > 0x7F)) n += 16;
+    while (most - n >= 16 && !bitsOf(loadBlock(*in + n) > 0x7F)) n += 16;
     while (n < most && byteAt(*in + n) < 0x80) n++;
     memcpy(*out, *in, n);
     *in += n, *inLeft -= n;
@@ -139,28 +134,28 @@ void Pair::copyAscii(char** in, size_t* inLeft, char** out, size_t* outLeft) con
 }
 
 Pair::Next Pair::readerOf(char c, Screen screen) {
-    if (screen == Screen::shiftJis) return Next::itself;
-    if (byteAt(&c) == 0x80 || byteAt(&c) == 0xFF) return Next::invalid;
-    return screen == Screen::korean ? Next::wide : Next::wideOrStrict;
+    if (screen == Screen::kShiftJis) return Next::kItself;
+    if (byteAt(&c) == 0x80 || byteAt(&c) == 0xFF) return Next::kInvalid;
+    return screen == Screen::kKorean ? Next::kWide : Next::kWideOrStrict;
 }
 
 /// The first character from `scan` on that is not left to the strict table; `from` is a character's
 /// start at or before it.
 Pair::Stop Pair::findStop(const char* from, const char* scan, const char* end) const {
     Screen screen = from_->screen;
-    if (screen == Screen::none || (screen == Screen::shiftJis && to_->shape == Shape::other))
-        return {end, Next::strict};
+    if (screen == Screen::kNone || (screen == Screen::kShiftJis && to_->shape == Shape::kOther))
+        return {end, Next::kStrict};
     for (const char* block = scan; block < end;
          block += std::min<std::ptrdiff_t>(16, end - block)) {
-        unsigned bits = screenedBits(block, end, screened[static_cast<size_t>(screen)]);
+        unsigned bits = screenedBits(block, end, kScreened[static_cast<size_t>(screen)]);
         for (; bits; bits &= bits - 1) {
             const char* p = block + std::countr_zero(bits);
-            if (screen == Screen::japanese) return {p, Next::invalid};
+            if (screen == Screen::kJapanese) return {p, Next::kInvalid};
             if (startsCharacter(from, p, screen)) return {p, readerOf(*p, screen)};
             from = p + 1;
         }
     }
-    return {end, Next::strict};
+    return {end, Next::kStrict};
 }
 
 /// The strict table over the first `size` bytes.
@@ -181,7 +176,7 @@ bool Pair::readWide(char** in, size_t* inLeft, char** out, size_t* outLeft) {
         char *from = *in, *to = buffer;
         size_t left = size, room = sizeof buffer;
         iconv(wide_, nullptr, nullptr, nullptr, nullptr);
-        if (iconv(wide_, &from, &left, &to, &room) == failed) {
+        if (iconv(wide_, &from, &left, &to, &room) == kFailed) {
             if (errno == EINVAL) continue;
             return refuse(EILSEQ);
         }
@@ -199,7 +194,7 @@ bool Pair::readWide(char** in, size_t* inLeft, char** out, size_t* outLeft) {
 
 /// A byte that stands for itself once the output is back in ASCII.
 bool Pair::copyByte(char** in, size_t* inLeft, char** out, size_t* outLeft) {
-    if (to_->shape == Shape::shifting && iconv(strict_, nullptr, nullptr, out, outLeft) == failed)
+    if (to_->shape == Shape::kShifting && iconv(strict_, nullptr, nullptr, out, outLeft) == kFailed)
         return false;
     if (*outLeft == 0) return refuse(E2BIG);
     *(*out)++ = *(*in)++;
@@ -208,37 +203,37 @@ bool Pair::copyByte(char** in, size_t* inLeft, char** out, size_t* outLeft) {
 }
 
 bool Pair::readNext(Next next, char** in, size_t* inLeft, char** out, size_t* outLeft) {
-    if (next == Next::itself) return copyByte(in, inLeft, out, outLeft);
-    if (next == Next::invalid) return refuse(EILSEQ);
+    if (next == Next::kItself) return copyByte(in, inLeft, out, outLeft);
+    if (next == Next::kInvalid) return refuse(EILSEQ);
     if (readWide(in, inLeft, out, outLeft)) return true;
-    if (next != Next::wideOrStrict || errno != EILSEQ) return false;
-    return strict(in, std::min<size_t>(*inLeft, 2), inLeft, out, outLeft) != failed;
+    if (next != Next::kWideOrStrict || errno != EILSEQ) return false;
+    return strict(in, std::min<size_t>(*inLeft, 2), inLeft, out, outLeft) != kFailed;
 }
 
 size_t Pair::convert(char** in, size_t* inLeft, char** out, size_t* outLeft) {
     if (!in || !*in) return stateless_ ? 0 : iconv(strict_, nullptr, nullptr, out, outLeft);
     copyAscii(in, inLeft, out, outLeft);
-    Stop stop = {*in, Next::strict};
+    Stop stop = {*in, Next::kStrict};
     for (size_t inexact = 0;;) {
         const char* end = *in + *inLeft;
         // Screening goes no further ahead than the cache holds, and than the strict table can get:
         // every character of a screened set gives a byte of output or more.
         size_t most = *inLeft;
-        if (from_->screen != Screen::none)
-            most = std::min(std::min(*outLeft, aheadMost) * 4 + 16, most);
+        if (from_->screen != Screen::kNone)
+            most = std::min(std::min(*outLeft, kAheadMost) * 4 + 16, most);
         const char* window = *in + std::min(*inLeft, most);
-        if (stop.next == Next::strict || stop.at < *in)
+        if (stop.next == Next::kStrict || stop.at < *in)
             stop = findStop(*in, std::max<const char*>(*in, stop.at), window);
         size_t result = strict(in, static_cast<size_t>(stop.at - *in), inLeft, out, outLeft);
-        if (result == failed) {
-            if (errno == E2BIG || (errno == EINVAL && stop.at == end)) return failed;
-            bool cut = errno == EINVAL && stop.next == Next::strict;  // by the window's end
-            if (!cut && !readWide(in, inLeft, out, outLeft)) return failed;
+        if (result == kFailed) {
+            if (errno == E2BIG || (errno == EINVAL && stop.at == end)) return kFailed;
+            bool cut = errno == EINVAL && stop.next == Next::kStrict;  // by the window's end
+            if (!cut && !readWide(in, inLeft, out, outLeft)) return kFailed;
         } else {
             inexact += result;
             if (*in == end) return inexact;
-            if (stop.next != Next::strict && !readNext(stop.next, in, inLeft, out, outLeft))
-                return failed;
+            if (stop.next != Next::kStrict && !readNext(stop.next, in, inLeft, out, outLeft))
+                return kFailed;
         }
     }
 }

@@ -12,7 +12,7 @@ namespace attalven::converter {
 
 class Pair {
   public:
-    static constexpr size_t failed = static_cast<size_t>(-1);
+    static constexpr size_t kFailed = static_cast<size_t>(-1);
 
     /// Opens the tables for two listed sets, or for plain names where a set is NULL.
     bool open(const Charset* to, const char* toName, const Charset* from, const char* fromName);
@@ -22,7 +22,7 @@ class Pair {
     size_t convert(char** in, size_t* inLeft, char** out, size_t* outLeft);
 
   private:
-    enum class Next : uint8_t { strict, wide, wideOrStrict, itself, invalid };
+    enum class Next : uint8_t { kStrict, kWide, kWideOrStrict, kItself, kInvalid };
     struct Stop {
         const char* at;  // the strict table may read up to here
         Next next;       // who reads the character there

@@ -4,6 +4,7 @@
 #include <cstdio>
 
 #include "mail/base/bounded_text.h"
+#include "mail/base/charset_name.h"
 #include "page.h"
 #include "support.h"
 
@@ -11,11 +12,7 @@ using namespace attalven;
 
 namespace {
 
-BoundedText<64> charset;
-
-bool isNameByte(char c) {
-    return isAlpha(c) || isDigit(c) || string_view("._:+-").find(c) != string_view::npos;
-}
+BoundedText<kCharsetNameMax> charset;
 
 bool isColour(string_view s) {
     if (s.empty() || s.size() > 32) return false;
@@ -27,8 +24,7 @@ bool isColour(string_view s) {
 
 void pageSetCharSet(const char* name) {
     string_view s = viewOf(name);
-    bool valid = s.size() <= 64 && std::all_of(s.begin(), s.end(), isNameByte);
-    charset.assign(valid ? s : string_view());
+    charset.assign(isCharsetForm(s) ? s : string_view());
 }
 
 const char* pageCharSet(void) {

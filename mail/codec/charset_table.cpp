@@ -4,7 +4,7 @@
 
 #include "charset_table.h"
 
-#include <array>
+#include "mail/base/charset_name.h"
 
 namespace attalven {
 namespace {
@@ -78,14 +78,6 @@ bool startsDenied(string_view name, string_view denied) {
     return false;
 }
 
-constexpr auto kNameBytes = [] {
-    std::array<bool, 256> legal{};
-    for (char c : string_view("._:+-")) legal[byteOf(c)] = true;
-    for (unsigned c = 0; c < 128; c++)
-        if (isAlpha(static_cast<char>(c)) || isDigit(static_cast<char>(c))) legal[c] = true;
-    return legal;
-}();
-
 }  // namespace
 
 string_view pageCharset(string_view name) {
@@ -105,11 +97,9 @@ string_view utfPageCharset(string_view name) {
 }
 
 bool isCharsetName(string_view name) {
-    if (name.empty() || name.size() > 64) return false;
-    for (char c : name)
-        if (!kNameBytes[byteOf(c)]) return false;
-    if (string_view("ICUicu").find(name.front()) == string_view::npos)
-        return true;  // as they start
+    if (!isCharsetForm(name)) return false;
+    // The denied names start with one of these.
+    if (string_view("ICUicu").find(name.front()) == string_view::npos) return true;
     for (string_view denied : kDenied)
         if (startsDenied(name, denied)) return false;
     return true;

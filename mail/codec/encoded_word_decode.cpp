@@ -21,7 +21,7 @@ class WordDecoder {
     OwnedText convert();
 
   private:
-    enum class Transfer : uint8_t { none, base64, quotedPrintable };
+    enum class Transfer : uint8_t { kNone, kBase64, kQuotedPrintable };
 
     bool readWord(string_view& rest);
     bool readPart(string_view& rest, string_view end, string_view& part);
@@ -32,7 +32,7 @@ class WordDecoder {
 
     Text result_;
     BoundedText<100> charset_;  // of the last word
-    Transfer transfer_ = Transfer::none;
+    Transfer transfer_ = Transfer::kNone;
 };
 
 /// Position of the "=?" that starts a word: something other than "=" follows it.
@@ -60,9 +60,9 @@ bool WordDecoder::readWord(string_view& rest) {
     if (!readPart(rest, "?", part)) return false;
     setTransfer(part);
     if (!readPart(rest, "?=", part)) return false;
-    if (transfer_ == Transfer::base64) {
+    if (transfer_ == Transfer::kBase64) {
         appendBase64(part);
-    } else if (transfer_ == Transfer::quotedPrintable) {
+    } else if (transfer_ == Transfer::kQuotedPrintable) {
         appendQuotedPrintable(part);
     } else {
         result_.append(part);
@@ -79,8 +79,8 @@ bool WordDecoder::readPart(string_view& rest, string_view end, string_view& part
 }
 
 void WordDecoder::setTransfer(string_view letter) {
-    if (equalNoCase(head(letter, 1), "b")) transfer_ = Transfer::base64;
-    if (equalNoCase(head(letter, 1), "q")) transfer_ = Transfer::quotedPrintable;
+    if (equalNoCase(head(letter, 1), "b")) transfer_ = Transfer::kBase64;
+    if (equalNoCase(head(letter, 1), "q")) transfer_ = Transfer::kQuotedPrintable;
 }
 
 // The result is a text: of a word that holds a NUL byte, what follows it is lost.

@@ -8,6 +8,7 @@
 
 #include "charset_table.h"
 #include "mail/base/bounded_text.h"
+#include "mail/base/charset_name.h"
 #include "mail/base/text.h"
 #include "mail/codec.h"
 #include "support/support.h"
@@ -20,7 +21,7 @@ class Conversion {
   public:
     Conversion(string_view target, string_view source) {
         if (!isCharsetName(target) || !isCharsetName(source)) return;
-        BoundedText<64> to, from;
+        BoundedText<kCharsetNameMax> to, from;
         to.assign(target);
         from.assign(source);
         cd_ = msiconv_open(to.c_str(), from.c_str());
@@ -36,7 +37,7 @@ class Conversion {
 
   private:
     static msiconv_t none() { return reinterpret_cast<msiconv_t>(-1); }
-    enum class Step { done, full, failed };
+    enum class Step { kDone, kFull, kFailed };
     Step step(Text& out, char** in, size_t* left, size_t room);
 
     msiconv_t cd_ = none();
@@ -46,15 +47,15 @@ class Conversion {
 /// is dropped.
 Conversion::Step Conversion::step(Text& out, char** in, size_t* left, size_t room) {
     char* area = out.room(room);
-    if (!area) return Step::failed;
+    if (!area) return Step::kFailed;
     char* to = area;
     size_t before = left ? *left : 0;
     size_t result = msiconv(cd_, in, left, &to, &room);
     int error = result == static_cast<size_t>(-1) ? errno : 0;
     out.commit(static_cast<size_t>(to - area));
-    if (!error || error == EINVAL) return Step::done;
+    if (!error || error == EINVAL) return Step::kDone;
     bool moved = to > area || (left && *left < before);
-    return error == E2BIG && moved ? Step::full : Step::failed;
+    return error == E2BIG && moved ? Step::kFull : Step::kFailed;
 }
 
 OwnedText Conversion::convert(string_view text) {
@@ -67,9 +68,9 @@ OwnedText Conversion::convert(string_view text) {
         // Two bytes to three is what double-byte text takes in UTF-8; the rest is for escape
         // sequences.
         got = step(out, &in, &left, left + left / 2 + 64);
-    } while (got == Step::full);
-    if (got == Step::done) got = step(out, nullptr, nullptr, 16);
-    return got == Step::done ? OwnedText(out.take()) : nullptr;
+    } while (got == Step::kFull);
+    if (got == Step::kDone) got = step(out, nullptr, nullptr, 16);
+    return got == Step::kDone ? OwnedText(out.take()) : nullptr;
 }
 
 OwnedText convert(string_view target, string_view source, string_view text) {
