@@ -21,10 +21,6 @@ constexpr bool isBlank(char c) {
     return c == ' ' || c == '\t';
 }
 
-bool startsWith(string_view s, string_view prefix) {
-    return head(s, prefix.size()) == prefix;
-}
-
 /// Writes a JIS X 0208 pair as Shift-JIS.
 char* putKanji(char first, char second, char* out) {
     int c1 = byteOf(first), c2 = byteOf(second);
@@ -45,7 +41,7 @@ size_t decodeIso2022Kr(bool& korean, string_view text, char* out) {
     char* o = out;
     while (!text.empty()) {
         char c = text.front();
-        if (c == kEscape && startsWith(text, kKoreanDesignator)) {
+        if (c == kEscape && text.starts_with(kKoreanDesignator)) {
             text.remove_prefix(kKoreanDesignator.size());
             continue;
         }
@@ -72,7 +68,7 @@ int SearchISO2022JPDesignator(const char* text) {
     constexpr string_view kDesignators[] = {kAscii, kRoman, kKanji78, kKanji};
     for (string_view s = viewOf(text); (s = tail(s, s.find(kEscape))).size() >= 3; s = tail(s, 1))
         for (int kind = 0; kind < 4; kind++)
-            if (startsWith(s, kDesignators[kind])) return kind;
+            if (s.starts_with(kDesignators[kind])) return kind;
     return 0;
 }
 
@@ -88,7 +84,7 @@ int DecodeISO2022JP(char* dst, const char* text) {
     bool kanji = false;
     for (string_view s = viewOf(text); !s.empty();) {
         size_t taken = 1;
-        if (startsWith(s, kKanji) || startsWith(s, kAscii)) {
+        if (s.starts_with(kKanji) || s.starts_with(kAscii)) {
             kanji = s[1] == '$';
             taken = 3;
         } else if (!kanji || isBlank(s[0]) || s.size() == 1) {

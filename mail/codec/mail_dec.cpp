@@ -139,8 +139,8 @@ void strmDecodeUU(FILE* out, FILE* in, int length) {
     LineReader lines(in, kStreamLine);
     int64_t left = length;
     for (LinePiece line; left > 0 && !writer.failed() && lines.next(line);) {
-        if (line.startsLine && head(line.text, 5) == "begin") continue;
-        if (line.startsLine && head(line.text, 3) == "end") break;
+        if (line.startsLine && line.text.starts_with("begin")) continue;
+        if (line.startsLine && line.text.starts_with("end")) break;
         left -= static_cast<int64_t>(line.text.size());
         char bytes[kUuBytes];
         writer.write({bytes, uuDecodeLine(line.text, bytes)});

@@ -8,6 +8,7 @@
 
 #include <cstring>
 
+#include "mail/base/sink.h"
 #include "qp_vector.h"
 
 namespace attalven {
@@ -21,10 +22,6 @@ constexpr auto kDigitValues = [] {
         values[c] = static_cast<uint8_t>(c > 64 ? (c & ~32u) - 55 : c - '0');
     return values;
 }();
-
-bool isLineEnd(char c) {
-    return c == '\n' || c == '\r';
-}
 
 /// One step of the encoder.
 struct EncodeRun {
@@ -68,7 +65,7 @@ struct EncodeRun {
     /// A blank must not end a line: a soft break follows it.
     void protectBlank() {
         bool literalBlank = (s[-1] == ' ' || s[-1] == '\t') && out[-1] == s[-1];
-        if (!literalBlank || (s < end && !isLineEnd(*s))) return;
+        if (!literalBlank || (s < end && !isLineBreak(*s))) return;
         put("=\n");
         position = 0;
     }
@@ -107,7 +104,7 @@ namespace {
 
 /// Takes the held start of an escape with the bytes of `text` that complete it, if they do.
 bool completeHeld(QpDecoder& d, string_view& text) {
-    while (d.heldSize < 3 && !(d.heldSize == 2 && isLineEnd(d.held[1]))) {
+    while (d.heldSize < 3 && !(d.heldSize == 2 && isLineBreak(d.held[1]))) {
         if (text.empty()) return false;
         d.held[d.heldSize++] = text.front();
         text.remove_prefix(1);
@@ -145,9 +142,9 @@ size_t decodeRun(QpDecoder& d, string_view text, char* out) {
             continue;
         }
         if (vector) s += qpDecodeEscapes(s, left(), o);
-        for (; left() > 2 && *s == '=' && !isLineEnd(s[1]); s += 3) *o++ = escaped(s + 1);
+        for (; left() > 2 && *s == '=' && !isLineBreak(s[1]); s += 3) *o++ = escaped(s + 1);
         if (s == end || *s != '=') continue;
-        if (left() == 1 || !isLineEnd(s[1])) {
+        if (left() == 1 || !isLineBreak(s[1])) {
             d.heldSize = left();
             memcpy(d.held, s, left());
             break;

@@ -26,8 +26,8 @@ struct OpenFolder {
     Descriptor marker;  // that we made; open, so that no other file gets its inode number
 
     FileState indexed;  // the file as the index shows it
-    bool timesAreCoarse =
-        true;                   // it was changed so shortly before that another change may not show
+    // Whether it was changed so shortly before that another change may not show.
+    bool timesAreCoarse = true;
     int64_t firstMessage = -1;  // position of the first From_ line
     int64_t end = 0;            // where the index ends; what lies behind has no entry
     uint64_t fingerprint = 0;   // of the messages before `end`
