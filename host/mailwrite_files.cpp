@@ -52,12 +52,8 @@ std::string fileName(const std::string& given) {
     size_t dot = name.rfind('.');
     std::string ending =
         dot != std::string::npos && name.size() - dot <= 12 ? name.substr(dot) : "";
-    std::string stem = name.substr(0, name.size() - ending.size());
-    if (size_t most = kNameMax - ending.size(); stem.size() > most) {
-        while (most > 0 && (static_cast<unsigned char>(stem[most]) & 0xC0) == 0x80) most--;
-        stem.resize(most);
-    }
-    name = stem + ending;
+    name.resize(name.size() - ending.size());
+    name = std::string(firstBytes(name, kNameMax - ending.size())) + ending;
     return name.empty() || name == "." || name == ".." ? "file" : name;
 }
 

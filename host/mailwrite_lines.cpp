@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <cstring>
 
+#include "kit/encoded_word.h"
 #include "kit/text.h"
 #include "mail/mail.h"
 #include "support/support.h"
@@ -13,30 +13,6 @@ namespace host {
 namespace {
 
 constexpr size_t kWordBytes = 42;  // of one word, which then has at most 75 characters
-constexpr const char* kReplacement = "\xEF\xBF\xBD";
-
-/// An encoded word of the value: its bytes are in its set.
-struct Word {
-    size_t begin = 0, end = 0;
-    std::string set, bytes;
-};
-
-/// The next word at or behind `at`; one without set at the end of the value when there is none.
-Word nextWord(const std::string& value, size_t at) {
-    for (; (at = value.find("=?", at)) != std::string::npos; at += 2) {
-        size_t letter = value.find('?', at + 2);
-        if (letter == std::string::npos || letter + 2 >= value.size()) break;
-        size_t end = value.find("?=", letter + 3);
-        if (value[letter + 2] != '?' || !strchr("BQ", value[letter + 1]) ||
-            end == std::string::npos)
-            continue;
-        // Under a name that no converter knows the bytes stay as they are.
-        std::string bare = "=?x-bytes" + value.substr(letter, end + 2 - letter);
-        return {at, end + 2, value.substr(at + 2, letter - at - 2),
-                takeText(mailDecodeSubject(bare.c_str()))};
-    }
-    return {value.size(), value.size(), "", ""};
-}
 
 bool isBlank(const std::string& text, size_t begin, size_t end) {
     size_t other = text.find_first_not_of(" \t\n", begin);
@@ -118,19 +94,21 @@ class Copier {
 std::string withWholeWords(const std::string& value) {
     std::string out;
     size_t at = 0;
-    for (Word first = nextWord(value, 0), next; !first.set.empty(); first = next) {
-        std::string bytes = first.bytes;
-        size_t end = first.end;
-        for (next = nextWord(value, end); next.set == first.set && isBlank(value, end, next.begin);
-             next = nextWord(value, end)) {
-            bytes += next.bytes;
-            end = next.end;
+    EncodedWord word;
+    for (bool more = findWord(value, 0, word); more;) {
+        EncodedWord run = word;
+        int words = 1;
+        while ((more = findWord(value, run.end, word)) && word.set == run.set &&
+               isBlank(value, run.end, word.begin)) {
+            run.bytes += word.bytes;
+            run.end = word.end;
+            words++;
         }
-        std::string utf8 = toUtf8(bytes, first.set.c_str());
-        bool isRun = end != first.end && utf8.find(kReplacement) == std::string::npos;
-        out += value.substr(at, first.begin - at);
-        out += isRun ? wholeWords(utf8, first.set) : value.substr(first.begin, end - first.begin);
-        at = end;
+        std::string utf8 = toUtf8(run.bytes, run.set.c_str());
+        bool isRun = words > 1 && utf8.find(kReplacement) == std::string::npos;
+        out += value.substr(at, run.begin - at);
+        out += isRun ? wholeWords(utf8, run.set) : value.substr(run.begin, run.end - run.begin);
+        at = run.end;
     }
     return out + value.substr(at);
 }

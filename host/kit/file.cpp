@@ -4,26 +4,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cerrno>
-#include <cstdio>
 #include <cstdlib>
 
 namespace host {
-
-namespace {
-
-bool writeAll(int fd, const std::string& content) {
-    size_t done = 0;
-    while (done < content.size()) {
-        ssize_t n = write(fd, content.data() + done, content.size() - done);
-        if (n < 0 && errno == EINTR) continue;
-        if (n <= 0) return false;
-        done += static_cast<size_t>(n);
-    }
-    return true;
-}
-
-}  // namespace
 
 std::optional<std::string> readFile(const std::string& path, size_t most) {
     int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
@@ -43,11 +26,18 @@ std::optional<std::string> readFile(const std::string& path, size_t most) {
 }
 
 bool replaceFile(const std::string& path, const std::string& content, bool synced) {
+    auto write = [&](FILE* out) { fwrite(content.data(), 1, content.size(), out); };
+    return replaceFile(path, write, synced);
+}
+
+bool replaceFile(const std::string& path, const std::function<void(FILE*)>& write, bool synced) {
     std::string fresh = path + ".XXXXXX";
     int fd = mkostemp(fresh.data(), O_CLOEXEC);
     if (fd < 0) return false;
-    bool good = writeAll(fd, content) && (!synced || fsync(fd) == 0);
-    good = close(fd) == 0 && good && rename(fresh.c_str(), path.c_str()) == 0;
+    FILE* out = fdopen(fd, "w");
+    if (out) write(out);
+    bool good = out && fflush(out) == 0 && !ferror(out) && (!synced || fsync(fd) == 0);
+    good = (out ? fclose(out) : close(fd)) == 0 && good && rename(fresh.c_str(), path.c_str()) == 0;
     if (!good) unlink(fresh.c_str());
     if (good && synced) syncFolderOf(path);
     return good;

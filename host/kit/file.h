@@ -3,6 +3,8 @@
 
 // Small files of the host's own: read and replaced as a whole.
 
+#include <cstdio>
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -15,6 +17,8 @@ std::optional<std::string> readFile(const std::string& path, size_t most = 1 << 
 /// Replaces the file at once: a new one (mode 0600) takes its name. False when that fails; the old
 /// one stays then. `synced`: on disk before it counts.
 bool replaceFile(const std::string& path, const std::string& content, bool synced = true);
+bool replaceFile(const std::string& path, const std::function<void(FILE*)>& write,
+                 bool synced = true);
 
 /// Brings to the disk what was made or renamed in the folder of `path`.
 void syncFolderOf(const std::string& path);

@@ -6,6 +6,7 @@
 #include <map>
 #include <vector>
 
+#include "encoded_word.h"
 #include "page.h"
 #include "support/support.h"
 #include "text.h"
@@ -15,7 +16,8 @@ namespace host {
 namespace {
 
 constexpr size_t kHeaderMax = 1 << 20;
-constexpr const char* kNoSet = "x-utf8";  // a label that the library does not know: bytes stay
+constexpr size_t kSetsKept = 100;
+constexpr const char* kNoSet = "!";  // a label that names no set to the library: bytes stay
 
 bool isBlank(char c) {
     return c == ' ' || c == '\t';
@@ -25,18 +27,26 @@ bool isUtfName(const std::string& set) {
     return strNCaseCmp(set.c_str(), "utf-", 4) == 0;
 }
 
-/// Whether every set that mail uses, and `set` too, reads the bytes as ASCII.
-bool isPlainAscii(const std::string& text, const std::string& set) {
-    bool plain = std::none_of(text.begin(), text.end(),
-                              [](char c) { return c < 0 || c == '\x1B' || c == '~' || c == '+'; });
-    return plain && strNCaseCmp(set.c_str(), "utf-16", 6) != 0 &&
-           strNCaseCmp(set.c_str(), "utf-32", 6) != 0;
+/// UTF-16 and UTF-32, in which ASCII is not ASCII.
+bool isWide(const std::string& set) {
+    return strNCaseCmp(set.c_str(), "utf-16", 6) == 0 || strNCaseCmp(set.c_str(), "utf-32", 6) == 0;
+}
+
+/// Whether every set that mail uses reads the bytes as ASCII, but for the wide ones.
+bool isPlainAscii(std::string_view text) {
+    return std::none_of(text.begin(), text.end(),
+                        [](char c) { return c < 0 || c == '\x1B' || c == '~' || c == '+'; });
 }
 
 bool isKnown(const std::string& set) {
     if (strCaseCmp(set.c_str(), "us-ascii") == 0 || strCaseCmp(set.c_str(), "ascii") == 0)
         return false;
-    return !takeText(strConvCharSet("UTF-8", set.c_str(), "a")).empty();
+    // A folder has thousands of texts in a few sets.
+    static std::map<std::string, bool> asked;
+    if (asked.size() > kSetsKept) asked.clear();
+    auto [answer, isNew] = asked.try_emplace(set);
+    if (isNew) answer->second = !takeText(strConvCharSet("UTF-8", set.c_str(), "a")).empty();
+    return answer->second;
 }
 
 /// The page set of a set's family. Names of mail programs that no family has are those of wider
@@ -64,62 +74,40 @@ std::string likelySet(const std::string& text) {
     return set ? set : "ISO-8859-1";
 }
 
-/// An encoded word of a header value.
-struct Word {
-    size_t begin, end;
-    std::string set, text;  // decoded, in its set
-};
-
-/// The next word of `value` at or behind `at`; one without end is text.
-bool findWord(const std::string& value, size_t at, Word& word) {
-    for (; (at = value.find("=?", at)) != std::string::npos; at += 2) {
-        size_t letter = value.find('?', at + 2);
-        if (letter == std::string::npos || letter + 2 >= value.size()) return false;
-        size_t text = letter + 3;
-        if (value[letter + 2] != '?' || !strchr("bBqQ", value[letter + 1])) continue;
-        size_t end = value.find("?=", text);
-        if (end == std::string::npos) return false;
-        std::string set = value.substr(at + 2, letter - at - 2);
-        std::string bare = std::string("=?") + kNoSet + value.substr(letter, end + 2 - letter);
-        word = {at, end + 2, set.substr(0, set.find('*')),
-                takeText(mailDecodeSubject(bare.c_str()))};
-        return true;
-    }
-    return false;
-}
-
 /// Text outside of words. A word that does not end keeps what it has, as the library reads it.
-std::string readText(const std::string& text, const std::string& set) {
-    if (text.find("=?") == std::string::npos) return mailToUtf8(text, set);
-    return mailToUtf8(takeText(mailDecodeSubject(text.c_str())), set);
+std::string readText(const std::string& text, const CharSet& set) {
+    bool hasWord = text.find("=?") != std::string::npos;
+    std::string bytes = hasWord ? takeText(mailDecodeSubject(text.c_str())) : text;
+    bool needsSet = !isPlainAscii(bytes) && !isWide(set.name());
+    return mailToUtf8(bytes, needsSet ? set.name() : "");
 }
 
 /// The text of a word and of those that follow it, which end at `end`; `word` becomes the next one
 /// behind them, if there are `more`. Only blanks stand between words that belong together, and
 /// those of one set may share a character.
-std::string readWords(const std::string& value, Word& word, size_t& end, bool& more) {
-    std::string text, bytes = word.text;
+std::string readWords(const std::string& value, EncodedWord& word, size_t& end, bool& more) {
+    std::string text, bytes = word.bytes;
     for (bool joins = true; joins;) {
         end = word.end;
         std::string set = word.set;
         more = findWord(value, end, word);
         joins = more && value.find_first_not_of(" \t", end) == word.begin;
         if (joins && strCaseCmp(word.set.c_str(), set.c_str()) == 0) {
-            bytes += word.text;
+            bytes += word.bytes;
             continue;
         }
         text += mailToUtf8(bytes, set);
-        bytes = word.text;
+        bytes = word.bytes;
     }
     return text;
 }
 
 /// The value in UTF-8; `form` makes of the text of words what shall stand in their place.
 template <typename Form>
-std::string readValue(const std::string& value, const std::string& set, Form form) {
+std::string readValue(const std::string& value, const CharSet& set, Form form) {
     std::string out;
     size_t at = 0;
-    Word word;
+    EncodedWord word;
     for (bool more = findWord(value, 0, word); more;) {
         out += readText(value.substr(at, word.begin - at), set);
         out += form(readWords(value, word, at, more));
@@ -167,11 +155,16 @@ std::string extendedValue(const std::map<std::string, std::string>& params,
 std::string mailToUtf8(std::string_view bytes, const std::string& set) {
     std::string text(bytes);
     std::erase(text, '\0');
-    if (text.empty() || isPlainAscii(text, set)) return text;
+    if (text.empty() || (isPlainAscii(text) && !isWide(set))) return text;
     std::string from = isKnown(set) ? set : likelySet(text);
-    if (!isUtfName(from))
-        if (char* page = mailDecodeCharSet(text.c_str(), from.c_str()))
-            return toUtf8(takeText(page), getDefaultCharSet(from.c_str()));
+    if (isUtfName(from)) return toUtf8(text, from.c_str());
+    // Of a set that is one of pages the library would only check the text.
+    if (strCaseCmp(getDefaultCharSet(from.c_str()), from.c_str()) == 0) {
+        std::string utf8 = toUtf8(text, from.c_str());
+        if (utf8.find(kReplacement) == std::string::npos) return utf8;
+    }
+    if (char* page = mailDecodeCharSet(text.c_str(), from.c_str()))
+        return toUtf8(takeText(page), getDefaultCharSet(from.c_str()));
     return toUtf8(text, from.c_str());
 }
 
@@ -182,31 +175,61 @@ std::string readHeader(FILE* file, long offset, long size) {
     return block;
 }
 
-std::string headerValue(const std::string& block, std::string_view name) {
-    std::string value;
-    bool found = false;
-    for (size_t at = 0, end; at < block.size(); at = end + 1) {
-        end = std::min(block.find('\n', at), block.size());
-        std::string_view line(block.data() + at, end - at);
-        if (!line.empty() && line.back() == '\r') line.remove_suffix(1);
-        if (line.empty() || (found && !isBlank(line[0]))) break;
-        bool names = line.size() > name.size() && line[name.size()] == ':' &&
-                     strNCaseCmp(line.data(), name.data(), static_cast<int>(name.size())) == 0;
-        if (names && !found) line.remove_prefix(name.size() + 1);
-        found = found || names;
-        if (found) value += line;
-    }
-    value.erase(0, value.find_first_not_of(" \t"));
-    return value;
+std::string_view takeLine(std::string_view& text) {
+    std::string_view line = text.substr(0, std::min(text.find('\n'), text.size() - 1) + 1);
+    text.remove_prefix(line.size());
+    return line;
 }
 
-std::string headerText(const std::string& value, const std::string& set) {
+/// One of blanks alone ends a header.
+bool isFolded(std::string_view line) {
+    return (line.starts_with(' ') || line.starts_with('\t')) &&
+           line.find_first_not_of(" \t\r\n") != line.npos;
+}
+
+bool isField(std::string_view line, std::string_view name) {
+    return line.size() > name.size() && line[name.size()] == ':' &&
+           strNCaseCmp(line.data(), name.data(), static_cast<int>(name.size())) == 0;
+}
+
+std::string headerValue(std::string_view block, std::string_view name) {
+    return headerValues(block, {name})[0];
+}
+
+std::vector<std::string> headerValues(std::string_view block,
+                                      const std::vector<std::string_view>& names) {
+    std::vector<std::string> values(names.size());
+    std::vector<bool> found(names.size());
+    std::string* value = nullptr;  // of the field that goes on
+    size_t left = names.size();
+    while (!block.empty()) {
+        std::string_view line = takeLine(block);
+        if (line.ends_with('\n')) line.remove_suffix(1);
+        if (line.ends_with('\r')) line.remove_suffix(1);
+        bool isNew = !line.starts_with(' ') && !line.starts_with('\t');
+        if (line.empty() || (isNew && left == 0)) break;
+        if (isNew) value = nullptr;
+        for (size_t i = 0; isNew && i < names.size(); i++) {
+            if (found[i] || !isField(line, names[i])) continue;
+            found[i] = true;
+            left--;
+            value = &values[i];
+            line.remove_prefix(names[i].size() + 1);
+            break;
+        }
+        if (value) *value += line;
+    }
+    for (std::string& text : values) text.erase(0, text.find_first_not_of(" \t"));
+    return values;
+}
+
+std::string headerText(const std::string& value, const CharSet& set) {
     std::string text = readValue(value, set, [](const std::string& words) { return words; });
     std::erase_if(text, [](char c) { return (c >= 0 && c < ' ' && c != '\t') || c == '\x7F'; });
     return text;
 }
 
-Addresses headerAddresses(const std::string& value, const std::string& set) {
+Addresses headerAddresses(const std::string& value, const CharSet& set) {
     return {mailGetAddrList(readValue(value, set, asWord).c_str()),
             [](MailAddress* list) { mailFreeAddress(&list); }};
 }

@@ -6,9 +6,12 @@
 // written, by the character set that is named beside it.
 
 #include <cstdio>
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include "mail/mail.h"
 
@@ -21,16 +24,43 @@ std::string mailToUtf8(std::string_view bytes, const std::string& set);
 /// The header block of a message or part at `offset`; at most 1 MiB of `size` bytes.
 std::string readHeader(FILE* file, long offset, long size);
 
-/// The unfolded value of the first field `name` (without colon) as written, "" without one.
-std::string headerValue(const std::string& block, std::string_view name);
+/// Takes the first line off a text, its LF with it.
+std::string_view takeLine(std::string_view& text);
+
+/// Whether a header line goes on with the field before it.
+bool isFolded(std::string_view line);
+
+/// Whether a header line starts the field `name` (without colon).
+bool isField(std::string_view line, std::string_view name);
+
+/// The unfolded value of the first field `name` (without colon) as written, "" without one; and of
+/// several fields.
+std::string headerValue(std::string_view block, std::string_view name);
+std::vector<std::string> headerValues(std::string_view block,
+                                      const std::vector<std::string_view>& names);
+
+/// The character set of what names none: its name, or what finds it once a text needs it.
+class CharSet {
+  public:
+    CharSet(std::string name) : name_(std::move(name)) {}
+    explicit CharSet(std::function<std::string()> find) : find_(std::move(find)) {}
+    const std::string& name() const {
+        if (find_) name_ = std::exchange(find_, nullptr)();
+        return name_;
+    }
+
+  private:
+    mutable std::function<std::string()> find_;
+    mutable std::string name_;
+};
 
 /// What a header value says: its encoded words (RFC 2047) read each by its own set, everything else
-/// by `set`; no control bytes but TAB.
-std::string headerText(const std::string& value, const std::string& set);
+/// by `set`, unless that is UTF-16 or UTF-32, in which no header is; no control bytes but TAB.
+std::string headerText(const std::string& value, const CharSet& set);
 
 /// The addresses of a header value as mailGetAddrList() reads them, with names in UTF-8.
 using Addresses = std::unique_ptr<MailAddress, void (*)(MailAddress*)>;
-Addresses headerAddresses(const std::string& value, const std::string& set);
+Addresses headerAddresses(const std::string& value, const CharSet& set);
 
 /// The parameter `name` of a Content-Type or Content-Disposition value (RFC 2045, RFC 2231, or with
 /// encoded words), "" without one.

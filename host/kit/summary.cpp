@@ -13,18 +13,19 @@
 #include "host_texts.h"
 #include "mail_text.h"
 #include "mbox_scan.h"
+#include "row_reader.h"
 #include "summary_file.h"
-#include "support/support.h"
-#include "text.h"
 
 namespace host {
 
 namespace {
 
-constexpr size_t kFileMax = 64 << 20;                // of a summary file
-constexpr size_t kSubjectMax = 300, kNameMax = 100;  // characters
-constexpr int kFewMessages = 100;                    // that are parsed one by one
+constexpr size_t kFileMax = 64 << 20;    // of a summary file
+constexpr size_t kTextBlock = 1 << 20;   // bytes of texts that lie together
 constexpr long kClockTick = 20'000'000;  // ns: changes within one can have the same time
+
+constexpr std::string_view Summary::Row::*kTexts[] = {&Summary::Row::key, &Summary::Row::from,
+                                                      &Summary::Row::to, &Summary::Row::subject};
 
 struct FileCloser {
     void operator()(FILE* f) const { fclose(f); }
@@ -50,90 +51,32 @@ std::string summaryPath(const User& user, const std::string& folder) {
     return user.home() + "/" + folder + ".list";
 }
 
-/// The first address, and how many more there are.
-std::string shownAddress(const std::string& header, const char* field, const std::string& set) {
-    Addresses list = headerAddresses(headerValue(header, field), set);
-    if (!list) return "";
-    std::string name = list->name ? toUtf8(list->name, "UTF-8") : "";
-    std::string shown =
-        shortened(name.empty() ? toUtf8(mailGetStrOneAddr(list.get()), "") : name, kNameMax);
-    int more = 0;
-    for (const MailAddress* a = list->next; a; a = a->next) more++;
-    return more ? shown + " +" + std::to_string(more) : shown;
-}
-
-/// What the folder's index says of a message with that header.
-FldrMsg entryOf(FILE* header) {
-    FldrMsg entry = {};
-    Fldr* index = fldrProcessing(header);
-    if (index && fldrMsgMax(index) > 0) entry = *index->msgs[0];
-    fldrFree(index);
-    return entry;
-}
-
-/// What is parsed for a row.
-struct Parsed {
-    Summary::Row row;
-    std::string key, from, to, subject;
-};
-
-/// The index of a whole folder, made when it is first asked: one for all messages is a hundredth of
-/// the work of one for each.
-class WholeIndex {
-  public:
-    explicit WholeIndex(int fd) : fd_(fd) {}
-    ~WholeIndex() { fldrFree(index_); }
-    WholeIndex(const WholeIndex&) = delete;
-    WholeIndex& operator=(const WholeIndex&) = delete;
-    /// The entry of message `n`, NULL when memory is out.
-    const FldrMsg* entry(int n) {
-        if (!file_) {
-            int copy = dup(fd_);
-            file_.reset(copy < 0 ? nullptr : fdopen(copy, "r"));
-            index_ = fldrProcessing(file_.get());
-        }
-        return fldrChkMsgBoundary(n, index_) ? index_->msgs[n - 1] : nullptr;
-    }
-
-  private:
-    int fd_;
-    OpenFile file_;
-    Fldr* index_ = nullptr;
-};
-
-Parsed parse(const std::string& block, const FldrMsg* known) {
-    Parsed p = {};
-    std::string header = block + "\n";  // without an empty line the last field is no field
-    OpenFile file(fmemopen(header.data(), header.size(), "r"));
-    MailInfo* mail = mailGetHeaderInfo(0, static_cast<int>(header.size()), file.get());
-    if (!mail) throw PageError(503, kTextInternalError);
-    std::string set = strSafeAssign(mail->body ? mail->body->charSet : nullptr);
-    mailFree(&mail);
-    FldrMsg entry = known ? *known : entryOf(file.get());
-    p.row.priority = entry.priority;
-    p.row.date = entry.date;
-    p.key = messageKey(entry);
-    p.subject = shortened(headerText(headerValue(header, "Subject"), set), kSubjectMax);
-    p.from = shownAddress(header, "From", set);
-    p.to = shownAddress(header, "To", set);
-    return p;
-}
-
 /// Takes the Status lines off a header, so that what else is in it can be compared, and gives the
 /// marks that they hold.
 unsigned takeStatus(std::string& header) {
     unsigned status = 0;
-    std::string rest;
-    for (size_t at = 0, end; at < header.size(); at = end) {
-        end = std::min(header.find('\n', at), header.size() - 1) + 1;
-        std::string_view line = std::string_view(header).substr(at, end - at);
-        bool isStatus = at > 0 && line.size() > 7 && strNCaseCmp(line.data(), "Status:", 7) == 0;
-        if (!isStatus) rest += line;
-        for (char c : line.substr(isStatus ? 7 : line.size()))
+    size_t kept = 0;
+    bool isStatus = false;
+    for (std::string_view rest = header; !rest.empty();) {
+        bool isFirst = rest.size() == header.size();
+        std::string_view line = takeLine(rest);
+        isStatus = isFolded(line) ? isStatus : !isFirst && isField(line, "Status");
+        for (char c : line.substr(isStatus ? line.find(':') + 1 : line.size()))
             status |= c == 'R' ? FLDR_READ : c == 'O' ? FLDR_OLD : 0;
+        if (isStatus) continue;
+        if (line.data() != header.data() + kept)
+            memmove(header.data() + kept, line.data(), line.size());
+        kept += line.size();
     }
-    header = std::move(rest);
+    header.resize(kept);
     return status;
+}
+
+StoredRow storedOf(const Summary::Row& row) {
+    StoredRow stored = {row.date, row.status, row.priority, row.size, {}, row.digest};
+    for (size_t i = 0; i < std::size(kTexts); i++)
+        stored.lengths[i] = static_cast<uint32_t>((row.*kTexts[i]).size());
+    return stored;
 }
 
 struct DigestHash {
@@ -161,56 +104,62 @@ Summary::Summary(const User& user, const std::string& folder) {
     old.load(path);
     fstat(fileno(file.get()), &state_);
     long readAtAge = ageOf(state_);
-    build(fileno(file.get()), &old);
+    build(fileno(file.get()), old);
     struct stat after;
     bool unchanged = fstat(fileno(file.get()), &after) == 0 && SummaryHead::of(state_).isOf(after);
     if (unchanged && readAtAge >= kClockTick) save(path);
 }
 
-void Summary::build(int fd, const Summary* old) {
+/// Rows of headers that `old` knows are taken over.
+void Summary::build(int fd, const Summary& old) {
     std::unordered_map<Digest, const Row*, DigestHash> known;
-    for (const Row& row : old->rows_) known.emplace(row.digest, &row);
-    std::vector<std::array<size_t, 4>> lengths;
-    auto add = [&](const Row& row, const std::array<std::string_view, 4>& texts) {
-        rows_.push_back(row);
-        lengths.emplace_back();
-        for (size_t i = 0; i < texts.size(); i++) {
-            texts_ += texts[i];
-            lengths.back()[i] = texts[i].size();
-        }
+    for (const Row& row : old.rows_) known.emplace(row.digest, &row);
+    RowReader reader;
+    std::vector<size_t> unread;  // rows that it will read
+    auto readRows = [&] {
+        std::vector<RowContent> contents = reader.read();
+        for (size_t i = 0; i < contents.size(); i++) fill(rows_[unread[i]], contents[i]);
+        unread.clear();
     };
     MboxScan scan(fd);
-    WholeIndex whole(fd);
-    int parsed = 0;
     std::string header;
     for (const EntrySpan& span : scan.messages()) {
         header = scan.header(span);
-        unsigned status = takeStatus(header);
-        Digest digest = digestOf(header);
-        auto same = known.find(digest);
+        Row row = {};
+        row.number = static_cast<int>(rows_.size()) + 1;
+        row.status = takeStatus(header);
+        row.size = static_cast<int>(span.size);
+        row.digest = digestOf(header);
+        auto same = known.find(row.digest);
         if (same != known.end()) {
-            const Row& row = *same->second;
-            add(row, {row.key, row.from, row.to, row.subject});
+            fill(row, *same->second);
         } else {
-            bool many = ++parsed > kFewMessages;
-            Parsed p =
-                parse(header, many ? whole.entry(static_cast<int>(rows_.size()) + 1) : nullptr);
-            p.row.digest = digest;
-            add(p.row, {p.key, p.from, p.to, p.subject});
+            reader.add(header);
+            unread.push_back(rows_.size());
         }
-        rows_.back().number = static_cast<int>(rows_.size());
-        rows_.back().size = static_cast<int>(span.size);
-        rows_.back().status = status;
+        rows_.push_back(row);
+        if (reader.isFull()) readRows();
     }
-    std::string_view rest = texts_;
-    for (size_t i = 0; i < rows_.size(); i++) {
-        std::string_view* targets[] = {&rows_[i].key, &rows_[i].from, &rows_[i].to,
-                                       &rows_[i].subject};
-        for (size_t k = 0; k < 4; k++) {
-            *targets[k] = rest.substr(0, lengths[i][k]);
-            rest.remove_prefix(lengths[i][k]);
-        }
-    }
+    readRows();
+}
+
+/// `content`: a RowContent, or the row of another summary.
+template <typename Content>
+void Summary::fill(Row& row, const Content& content) {
+    row.priority = content.priority;
+    row.date = content.date;
+    row.key = keep(content.key);
+    row.from = keep(content.from);
+    row.to = keep(content.to);
+    row.subject = keep(content.subject);
+}
+
+/// A copy that never moves.
+std::string_view Summary::keep(std::string_view text) {
+    bool fits = !texts_.empty() && texts_.back().capacity() - texts_.back().size() >= text.size();
+    if (!fits) texts_.emplace_back().reserve(std::max(kTextBlock, text.size()));
+    texts_.back() += text;
+    return std::string_view(texts_.back()).substr(texts_.back().size() - text.size());
 }
 
 FolderCounts Summary::counts() const {
@@ -223,24 +172,31 @@ FolderCounts Summary::counts() const {
 }
 
 void Summary::save(const std::string& path) const {
-    std::string content;
-    content.reserve(texts_.size() + rows_.size() * sizeof(StoredRow));
-    for (const Row& row : rows_) {
-        StoredRow stored = {row.date, row.status, row.priority, row.size, {}, row.digest};
-        const std::string_view texts[] = {row.key, row.from, row.to, row.subject};
-        for (size_t i = 0; i < 4; i++) stored.lengths[i] = static_cast<uint32_t>(texts[i].size());
-        content.append(reinterpret_cast<const char*>(&stored), sizeof stored);
-    }
-    content += texts_;
+    // Rows and texts go out one by one: a copy of all would take the memory of a program.
+    auto eachPiece = [this](auto take) {
+        for (const Row& row : rows_) {
+            StoredRow stored = storedOf(row);
+            take({reinterpret_cast<const char*>(&stored), sizeof stored});
+        }
+        for (const Row& row : rows_)
+            for (auto text : kTexts) take(row.*text);
+    };
     SummaryHead head = SummaryHead::of(state_);
     FolderCounts now = counts();
     head.all = now.all;
     head.unread = now.unread;
-    head.contentSize = static_cast<int64_t>(content.size());
-    head.content = digestOf(content);
+    DigestStream digest;
+    eachPiece([&](std::string_view piece) {
+        head.contentSize += static_cast<int64_t>(piece.size());
+        digest.add(piece);
+    });
+    head.content = digest.end();
     head.seal();
-    content.insert(0, reinterpret_cast<const char*>(&head), sizeof head);
-    replaceFile(path, content, false);
+    auto write = [&](FILE* out) {
+        fwrite(&head, sizeof head, 1, out);
+        eachPiece([out](std::string_view piece) { fwrite(piece.data(), 1, piece.size(), out); });
+    };
+    replaceFile(path, write, false);
 }
 
 bool Summary::load(const std::string& path) {
@@ -253,27 +209,22 @@ bool Summary::load(const std::string& path) {
     if (!head.isSound() || rest.size() != static_cast<size_t>(head.contentSize) ||
         digestOf(rest) != head.content || count > rest.size() / sizeof(StoredRow))
         return false;
-    texts_ = std::move(*file);
-    rest = std::string_view(texts_).substr(sizeof head);
+    texts_.push_back(std::move(*file));
     std::string_view texts = rest.substr(count * sizeof(StoredRow));
     rows_.reserve(count);
-    for (size_t n = 1; n <= count; n++) {
+    for (size_t n = 0; n < count; n++) {
         StoredRow stored;
-        memcpy(&stored, rest.data() + (n - 1) * sizeof stored, sizeof stored);
-        Row row = {static_cast<int>(n),
-                   stored.status,
-                   stored.priority,
-                   stored.size,
-                   stored.date,
-                   stored.digest,
-                   {},
-                   {},
-                   {},
-                   {}};
-        std::string_view* targets[] = {&row.key, &row.from, &row.to, &row.subject};
-        for (size_t i = 0; i < 4; i++) {
-            *targets[i] = texts.substr(0, stored.lengths[i]);
-            texts.remove_prefix(std::min<size_t>(texts.size(), stored.lengths[i]));
+        memcpy(&stored, rest.data() + n * sizeof stored, sizeof stored);
+        Row row = {};
+        row.number = static_cast<int>(n) + 1;
+        row.status = stored.status;
+        row.priority = stored.priority;
+        row.size = stored.size;
+        row.date = stored.date;
+        row.digest = stored.digest;
+        for (size_t i = 0; i < std::size(kTexts); i++) {
+            row.*kTexts[i] = texts.substr(0, stored.lengths[i]);
+            texts.remove_prefix((row.*kTexts[i]).size());
         }
         rows_.push_back(row);
     }

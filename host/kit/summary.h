@@ -24,7 +24,7 @@ struct FolderCounts {
 
 class Summary {
   public:
-    /// One message; texts are UTF-8 and belong to the summary.
+    /// One message; texts are UTF-8, cut as RowContent says, and belong to the summary.
     struct Row {
         int number;
         unsigned status;
@@ -46,13 +46,17 @@ class Summary {
     FolderCounts counts() const;
 
   private:
-    void build(int fd, const Summary* old);
+    void build(int fd, const Summary& old);
+    template <typename Content>
+    void fill(Row& row, const Content& content);
+    std::string_view keep(std::string_view text);
     bool load(const std::string& path);
     void save(const std::string& path) const;
     Summary() = default;
 
     struct stat state_ = {};  // of the folder that the rows show
-    std::string texts_;       // what the rows' texts point into
+    std::vector<std::string>
+        texts_;  // what the rows' texts point into: large ones, whose bytes stay
     std::vector<Row> rows_;
 };
 

@@ -1,7 +1,6 @@
 #include "summary_file.h"
 
 #include <fcntl.h>
-#include <sodium.h>
 #include <unistd.h>
 
 #include <cstddef>
@@ -11,7 +10,7 @@ namespace host {
 
 namespace {
 
-constexpr char kMagic[16] = "webmail-list-2";
+constexpr char kMagic[16] = "webmail-list-3";
 
 std::string_view bytesOf(const void* p, size_t size) {
     return {static_cast<const char*>(p), size};
@@ -19,12 +18,25 @@ std::string_view bytesOf(const void* p, size_t size) {
 
 }  // namespace
 
-Digest digestOf(std::string_view bytes) {
+DigestStream::DigestStream() {
+    crypto_generichash_init(&state_, nullptr, 0, sizeof(Digest));
+}
+
+void DigestStream::add(std::string_view bytes) {
+    crypto_generichash_update(&state_, reinterpret_cast<const unsigned char*>(bytes.data()),
+                              bytes.size());
+}
+
+Digest DigestStream::end() {
     Digest digest;
-    crypto_generichash(digest.data(), digest.size(),
-                       reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size(), nullptr,
-                       0);
+    crypto_generichash_final(&state_, digest.data(), digest.size());
     return digest;
+}
+
+Digest digestOf(std::string_view bytes) {
+    DigestStream stream;
+    stream.add(bytes);
+    return stream.end();
 }
 
 SummaryHead SummaryHead::of(const struct stat& folder) {

@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <utility>
 
 #include "support/support.h"
@@ -11,8 +12,6 @@
 namespace host {
 
 namespace {
-
-constexpr const char* kReplacement = "\xEF\xBF\xBD";  // U+FFFD
 
 class Converter {
   public:
@@ -95,6 +94,10 @@ std::string converted(const std::string& utf8, const char* set, Other other) {
     return out;
 }
 
+bool isAscii(std::string_view bytes) {
+    return std::none_of(bytes.begin(), bytes.end(), [](char c) { return c < 0; });
+}
+
 bool isUnreserved(char c) {
     return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '-' ||
            c == '.' || c == '_' || c == '~';
@@ -103,12 +106,14 @@ bool isUnreserved(char c) {
 }  // namespace
 
 bool isUtf8(std::string_view bytes) {
+    if (isAscii(bytes)) return true;
     Converter check("UTF-8", "UTF-8");
     std::string out;
     return check.convert(bytes, out) && bytes.empty();
 }
 
 std::string toUtf8(std::string_view bytes, const char* set) {
+    if (set && strcmp(set, "UTF-8") == 0 && isAscii(bytes)) return std::string(bytes);
     Converter named("UTF-8", set && *set ? set : "");
     if (named.isOpen()) return repaired(bytes, named);
     if (isUtf8(bytes)) return std::string(bytes);
@@ -182,6 +187,12 @@ std::string shortened(const std::string& utf8, size_t most) {
     for (size_t n = 0; n < most && end < utf8.size(); n++)
         end += firstCharacter(std::string_view(utf8).substr(end)).first;
     return end < utf8.size() ? utf8.substr(0, end) + "..." : utf8;
+}
+
+std::string_view firstBytes(std::string_view utf8, size_t most) {
+    if (utf8.size() <= most) return utf8;
+    while (most > 0 && (utf8[most] & 0xC0) == 0x80) most--;
+    return utf8.substr(0, most);
 }
 
 std::string sizeText(uint64_t bytes) {

@@ -11,6 +11,8 @@
 
 namespace host {
 
+constexpr const char* kReplacement = "\xEF\xBF\xBD";  // U+FFFD
+
 /// `bytes` of the character set `set` ("" and unknown names: UTF-8 if valid, else ISO-8859-1).
 std::string toUtf8(std::string_view bytes, const char* set);
 
@@ -34,6 +36,9 @@ std::string urlEncoded(std::string_view utf8);
 
 /// The first `most` characters, "..." behind what was cut.
 std::string shortened(const std::string& utf8, size_t most);
+
+/// The first characters, no more than `most` bytes.
+std::string_view firstBytes(std::string_view utf8, size_t most);
 
 /// A size as people read it: "12 B", "3.4 MB".
 std::string sizeText(uint64_t bytes);
