@@ -6,6 +6,10 @@ add_library(attalven_objects OBJECT ${attalven_sources})
 target_link_libraries(attalven_objects PRIVATE attalven_warnings attalven_freestanding)
 target_compile_definitions(attalven_objects PRIVATE ATTALVEN_SYSCONFDIR="${ATTALVEN_SYSCONFDIR}")
 
+if(ATTALVEN_PRECOMPILE)
+    target_precompile_headers(attalven_objects PRIVATE mail/base/file.h mail/base/text.h)
+endif()
+
 set(attalven_map ${CMAKE_BINARY_DIR}/attalven.map)
 add_custom_command(OUTPUT ${attalven_map}
     COMMAND ${PROJECT_SOURCE_DIR}/tools/export-map ${attalven_public_headers} > ${attalven_map}

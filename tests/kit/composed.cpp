@@ -45,14 +45,15 @@ std::string composed(const ComposeForm& form) {
 
 std::string masked(std::string message) {
     using std::regex;
-    const std::string clock = "\\d\\d:\\d\\d:\\d\\d";
-    const std::pair<std::string, const char*> masks[] = {
-        {"(^|\n)(From [^ ]+) \\w{3} \\w{3} \\d\\d " + clock + " \\d{4}\n", "$1$2 DATE\n"},
-        {"\nDate: \\w{3}, \\d+ \\w{3} \\d{4} " + clock + " [+-]\\d{4}\n", "\nDate: DATE\n"},
-        {"\\d{8}\\.AAA\\d+@", "MSGID@"}};
-    for (const auto& [made, mask] : masks) message = std::regex_replace(message, regex(made), mask);
+    static const std::string clock = "\\d\\d:\\d\\d:\\d\\d";
+    static const std::pair<regex, const char*> masks[] = {
+        {regex("(^|\n)(From [^ ]+) \\w{3} \\w{3} \\d\\d " + clock + " \\d{4}\n"), "$1$2 DATE\n"},
+        {regex("\nDate: \\w{3}, \\d+ \\w{3} \\d{4} " + clock + " [+-]\\d{4}\n"), "\nDate: DATE\n"},
+        {regex("\\d{8}\\.AAA\\d+@"), "MSGID@"}};
+    static const regex boundary("_NextPart_[A-Z0-9]{24}");
+    for (const auto& [made, mask] : masks) message = std::regex_replace(message, made, mask);
     std::smatch hit;
-    for (int n = 1; std::regex_search(message, hit, regex("_NextPart_[A-Z0-9]{24}")); n++)
+    for (int n = 1; std::regex_search(message, hit, boundary); n++)
         message = replaced(message, hit.str(), "_NextPart_" + std::to_string(n));
     return message;
 }

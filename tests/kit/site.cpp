@@ -30,8 +30,8 @@ std::string contentOf(FILE* f) {
 }
 
 std::string readFile(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), {}};
+    File f(fopen(path.c_str(), "rb"));
+    return f ? contentOf(f.get()) : "";
 }
 
 void writeFile(const std::string& path, std::string_view content) {
