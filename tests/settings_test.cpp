@@ -10,10 +10,7 @@
 namespace {
 
 namespace fs = std::filesystem;
-using kit::filesIn;
-using kit::modeOf;
-using kit::readFile;
-using kit::writeFile;
+using kit::filesIn, kit::modeOf, kit::readFile, kit::writeFile;
 
 class Settings : public kit::Site {
   protected:
