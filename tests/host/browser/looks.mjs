@@ -11,13 +11,14 @@ export async function everyPage(site) {
     const narrow = { viewport: { width: 360, height: 740 } };
     for (const [i, code] of Object.keys(LANGUAGES).entries()) {
         const [tag, letters] = LANGUAGES[code];
-        const { page, context, seen } = await site.visitor({ ...narrow, colorScheme: i % 2 ? "dark" : "light" });
+        const scheme = i % 2 ? "dark" : "light";
+        const { page, context, seen } = await site.visitor({ ...narrow, colorScheme: scheme });
         const check = async (name) => {
             assert.equal(await page.locator("html").getAttribute("lang"), tag, `${name} in ${code}`);
-            const scheme = i % 2 ? "dark" : "light";
-            for (const colorScheme of [scheme, i % 2 ? "light" : "dark"].slice(0, i < 2 ? 1 : 2)) {
+            // The other scheme has other colours, and is the same page.
+            for (const [colorScheme, rules] of [[scheme], [i % 2 ? "light" : "dark", ["color-contrast"]]].slice(0, i < 2 ? 1 : 2)) {
                 await page.emulateMedia({ colorScheme });
-                faults.push(...(await faultsOf(page)).map((fault) => `${code} ${colorScheme}: ${fault}`));
+                faults.push(...(await faultsOf(page, rules)).map((fault) => `${code} ${colorScheme}: ${fault}`));
             }
             const over = await overflowOf(page);
             if (over > 0) faults.push(`${code}: ${name} is ${over} pixels too wide`);

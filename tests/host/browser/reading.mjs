@@ -73,5 +73,11 @@ export async function hostileMail(site) {
     const loaded = new Set(site.leaks.splice(0));
     assert.ok(loaded.has("/html-img"));
     assert.deepEqual([...loaded].filter((name) => !/^\/html-(img|srcset|table|poster|svgimage|url|preload|prefetch)/.test(name)), []);
+    // A link that is clicked leads out of the frame; a script is none.
+    const frame = page.frame({ name: "mailtext" });
+    await frame.locator("#script").click();
+    const [opened] = await Promise.all([context.waitForEvent("page"), frame.locator("a").last().click()]);
+    await opened.waitForURL("**/html-clicked");
+    assert.ok(await page.title() !== "ran" && !seen.dialogs.length);
     await context.close();
 }

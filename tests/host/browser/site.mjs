@@ -82,10 +82,11 @@ export class Site {
     }
 }
 
-/// The faults that axe-core finds in a page, one line each; frames hold what others wrote.
-export async function faultsOf(page) {
-    await page.evaluate(axeSource);
-    const { violations } = await page.evaluate(() => globalThis.axe.run(document, { iframes: false, resultTypes: ["violations"] }));
+/// The faults that axe-core finds in a page, one line each, by all rules or some; frames hold what others wrote.
+export async function faultsOf(page, rules) {
+    if (!(await page.evaluate(() => "axe" in globalThis))) await page.evaluate(axeSource);
+    const options = { iframes: false, resultTypes: ["violations"], ...(rules && { runOnly: rules }) };
+    const { violations } = await page.evaluate((given) => globalThis.axe.run(document, given), options);
     return violations.flatMap((v) => v.nodes.map((n) => `${page.url()}: ${v.id}: ${n.html.slice(0, 150)} ${n.failureSummary}`));
 }
 
