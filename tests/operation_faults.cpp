@@ -117,7 +117,7 @@ void runRow(const OperationRow& row, Tally& tally) {
         close(ends[1]);
         alarm(300);
         World world;
-        // A rewrite tries for ten seconds to get its locks; rewrite_faults has its errors.
+        // An error can leave the lock file of a rewrite; rewrite_faults has them all.
         for (const Kind& kind : kKinds)
             if (kind.kind != FAULT_ERROR || !strstr(row.code, "marked()")) strike(row, kind, world);
         faults->thread = -1;
