@@ -81,8 +81,9 @@ std::string lockForm(const std::string& id, const std::string& token) {
 
 std::string userRows(const std::string& token) {
     std::string rows;
+    std::set<std::string> open = usersWithPassword();
     for (const std::string& id : userIds()) {
-        bool isOpen = hasPassword(id), isAdmin = id == conf.adminId;
+        bool isOpen = open.contains(id), isAdmin = id == conf.adminId;
         rows += "<tr><th scope=\"row\">" + escaped(id) + "</th><td>" +
                 escaped(message(isAdmin  ? kTextStateAdmin
                                 : isOpen ? kTextStateOpen

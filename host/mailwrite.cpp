@@ -37,7 +37,8 @@ void takeUploads(const Request& request, FormFolder& folder, Notes& notes) {
         bool isImage = upload.field == "image" && isImageName(upload.name);
         folder.take(upload, isImage ? FileKind::kImage : FileKind::kAttached);
     }
-    if (isWithinLimits(folder.files()) || request.uploads().empty()) return;
+    bool areFine = request.uploads().empty() || isWithinLimits(folder.files());
+    if (areFine && !request.lacksFiles()) return;
     for (const FormFile& file : folder.files()) {
         bool isOld = false;
         for (const FormFile& old : before) isOld |= old.key == file.key;

@@ -21,6 +21,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
+// Of a name that has a random one in front and a visitor's address behind it in one file name.
+constexpr size_t kUploadNameMax = 150;
+
 [[noreturn]] void noRoom() {
     throw PageError(507, kTextStorageFull);
 }
@@ -150,7 +153,7 @@ void Entries::addMessage(const FormFile& file) {
 /// Under a name that nobody else can have taken in the folder that all share.
 void Entries::addImage(const Image& image, const std::string& pageSet) {
     File in = opened(image.path);
-    std::string name = toSet(image.name, pageSet.c_str());
+    std::string name = toSet(fileName(image.name, kUploadNameMax), pageSet.c_str());
     std::replace(name.begin(), name.end(), '@', '_');
     name = FormFolder::newId().substr(0, 16) + "-" + name;
     const char* address = getenv("REMOTE_ADDR");

@@ -45,19 +45,18 @@ void makeFolder(const std::string& path) {
     if (mkdir(path.c_str(), 0700) != 0 && errno != EEXIST) noRoom();
 }
 
-/// A name without folders, at most kNameMax bytes of it, its ending kept.
-std::string fileName(const std::string& given) {
+}  // namespace
+
+std::string fileName(const std::string& given, size_t most) {
     std::string name = given.substr(given.rfind('/') + 1);
     std::erase_if(name, [](char c) { return (c >= 0 && c < ' ') || c == '\x7F'; });
     size_t dot = name.rfind('.');
     std::string ending =
         dot != std::string::npos && name.size() - dot <= 12 ? name.substr(dot) : "";
     name.resize(name.size() - ending.size());
-    name = std::string(firstBytes(name, kNameMax - ending.size())) + ending;
+    name = std::string(firstBytes(name, most - ending.size())) + ending;
     return name.empty() || name == "." || name == ".." ? "file" : name;
 }
-
-}  // namespace
 
 File temporaryFile() {
     File file(tmpfile(), fclose);
@@ -123,7 +122,7 @@ std::string FormFolder::newFile(FileKind kind, const std::string& name) {
         char key[8];
         snprintf(key, sizeof key, "%c%02d", static_cast<char>(kind), n);
         std::string folder = path_ + "/" + key;
-        if (mkdir(folder.c_str(), 0700) == 0) return folder + "/" + fileName(name);
+        if (mkdir(folder.c_str(), 0700) == 0) return folder + "/" + fileName(name, kNameMax);
         if (errno != EEXIST) noRoom();
     }
     throw PageError(413, kTextTooLarge);

@@ -16,6 +16,8 @@
 namespace host {
 
 using File = std::unique_ptr<FILE, int (*)(FILE*)>;
+/// A name without folders and control bytes, at most `most` bytes of it, its ending kept.
+std::string fileName(const std::string& given, size_t most);
 /// An unnamed file that only this process sees. PageError 507 when there is no room.
 File temporaryFile();
 /// Everything written is in the file. PageError 507 otherwise.

@@ -228,6 +228,7 @@ TEST_F(HostKit, FormsSayWhatWasTyped) {
             for (const host::Upload& file : request.uploads())
                 seen += file.field + ":" + file.name + "(" + file.type +
                         ")=" + kit::readFile(file.path) + ";";
+            if (request.lacksFiles()) seen += "too many";
         } catch (const host::PageError& error) {
             seen = std::to_string(error.status);
         }

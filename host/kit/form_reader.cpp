@@ -38,11 +38,6 @@ bool parameter(const std::string& line, const char* name, std::string& value) {
 
 }  // namespace
 
-long formSizeLimit() {
-    return kFormTextMax + (static_cast<long>(std::max(admOptions.attachFileLimitSize, 0)) << 20) +
-           (64L << 10);
-}
-
 FormReader::FormReader(Request& request, const std::string& boundary, long length,
                        const std::string& uploadFolder)
     : request_(request), delimiter_("\r\n--" + boundary), folder_(uploadFolder), left_(length) {}
@@ -108,21 +103,27 @@ void FormReader::readText(const PartHead& head) {
     request_.fields_.push_back({head.name, value, ""});
 }
 
+/// A file beyond the limits is read to its end all the same: texts may follow it.
 void FormReader::readFile(const PartHead& head) {
-    if (folder_.empty()) return copyToDelimiter([](std::string_view) {});
     auto most = static_cast<size_t>(std::max(admOptions.attachFileLimitNum, 0));
+    long mostBytes = static_cast<long>(std::max(admOptions.attachFileLimitSize, 0)) << 20;
     bool chosen = !head.fileName.empty();
-    if (chosen && request_.uploads_.size() >= most) tooLarge();
+    bool passed = folder_.empty() || (chosen && request_.uploads_.size() >= most);
+    if (passed) {
+        request_.lacksFiles_ = request_.lacksFiles_ || (chosen && !folder_.empty());
+        return copyToDelimiter([](std::string_view) {});
+    }
     std::string path = folder_ + "/upload-XXXXXX";
     int fd = mkostemp(path.data(), O_CLOEXEC);  // mode 0600
     if (fd < 0) throw PageError(507, kTextStorageFull);
     request_.uploads_.push_back({head.name, head.fileName, head.type, path, 0});
     Upload& upload = request_.uploads_.back();
-    bool good = true;
+    bool good = true, fits = true;
     try {
         copyToDelimiter([&](std::string_view bytes) {
             upload.size += static_cast<long>(bytes.size());
-            while (good && !bytes.empty()) {
+            fits = fileSize_ + upload.size <= mostBytes;
+            while (good && fits && !bytes.empty()) {
                 ssize_t n = write(fd, bytes.data(), bytes.size());
                 good = n > 0;
                 if (good) bytes.remove_prefix(static_cast<size_t>(n));
@@ -133,7 +134,9 @@ void FormReader::readFile(const PartHead& head) {
         throw;
     }
     if (close(fd) != 0 || !good) throw PageError(507, kTextStorageFull);
-    if (chosen || upload.size > 0) return;
+    if (fits) fileSize_ += upload.size;
+    request_.lacksFiles_ = request_.lacksFiles_ || !fits;
+    if (fits && (chosen || upload.size > 0)) return;
     unlink(upload.path.c_str());
     request_.uploads_.pop_back();
 }

@@ -16,9 +16,6 @@ namespace host {
 constexpr long kFormTextMax = 8L << 20;  // bytes of all text fields together
 constexpr size_t kFieldMax = 20000;      // fields of a form
 
-/// Bytes that a form of this site may have, files included.
-long formSizeLimit();
-
 class FormReader {
   public:
     /// `boundary` is that of the Content-Type; a body of `length` bytes lies on standard input.
@@ -43,7 +40,7 @@ class FormReader {
     Request& request_;
     std::string delimiter_, folder_, buffer_;
     long left_;
-    long textSize_ = 0;
+    long textSize_ = 0, fileSize_ = 0;
 };
 
 }  // namespace host

@@ -62,6 +62,11 @@ std::string joined(const std::vector<std::string>& lines) {
     return text;
 }
 
+/// Whether somebody can log in with it.
+bool isOpen(const std::string& hash) {
+    return !hash.empty() && !hash.starts_with('!') && !hash.starts_with('*');
+}
+
 /// The hash of a user who can log in, else "". The last line of a user counts.
 std::string hashOf(const std::string& id) {
     std::string text = "\n" + readFile(passwordFile(), kFileMax).value_or("");
@@ -69,7 +74,7 @@ std::string hashOf(const std::string& id) {
     if (at == text.npos) return "";
     at += id.size() + 2;
     std::string hash = text.substr(at, std::min(text.find('\n', at), text.size()) - at);
-    return hash.starts_with('!') || hash.starts_with('*') ? "" : hash;
+    return isOpen(hash) ? hash : "";
 }
 
 std::string newHash(const std::string& password) {
@@ -167,6 +172,20 @@ bool checkPassword(const std::string& id, const std::string& password) {
 
 bool hasPassword(const std::string& id) {
     return !hashOf(id).empty();
+}
+
+std::set<std::string> usersWithPassword() {
+    std::set<std::string> users;
+    for (const std::string& line : linesOf(passwordFile())) {
+        size_t colon = line.find(':');
+        if (colon == line.npos) continue;
+        std::string id = line.substr(0, colon);
+        if (isOpen(line.substr(colon + 1)))
+            users.insert(id);
+        else
+            users.erase(id);
+    }
+    return users;
 }
 
 bool beginAttempt(const std::string& id, const std::string& address, time_t now) {

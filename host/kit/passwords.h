@@ -5,6 +5,7 @@
 // or "auth.db" in conf.mboxRootDir. Beside it lies what guards against guessing.
 
 #include <ctime>
+#include <set>
 #include <string>
 
 namespace host {
@@ -21,6 +22,8 @@ bool checkPassword(const std::string& id, const std::string& password);
 /// Whether the user can log in: a user without a line is locked out, and one whose hash starts with
 /// "!" or "*".
 bool hasPassword(const std::string& id);
+/// All who can, by one reading of the file.
+std::set<std::string> usersWithPassword();
 
 /// Guessing: after 5 failures in 15 minutes of one user id or 20 of one address, more attempts are
 /// refused until 15 minutes passed since the last one. Every check of a password starts with

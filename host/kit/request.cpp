@@ -113,7 +113,6 @@ void Request::readBody(const std::string& contentType, long length,
         readPairs(readInput(length));
         return;
     }
-    if (length > formSizeLimit()) throw PageError(413, kTextTooLarge);
     FormReader(*this, boundaryOf(contentType), length, uploadFolder).read();
 }
 

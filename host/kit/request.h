@@ -30,8 +30,9 @@ struct Upload {
 class Request {
   public:
     /// Reads the environment and standard input. PageError 400 for a malformed form, 413 for one
-    /// beyond the site's limits (admOptions.attachFileLimitSize in MiB, attachFileLimitNum files).
-    /// Uploads are stored below `uploadFolder`; files are passed over when that is "".
+    /// with more than 8 MiB of text. Uploads are stored below `uploadFolder`; files are passed over
+    /// when that is "", and those beyond the site's limits (admOptions.attachFileLimitSize in MiB,
+    /// attachFileLimitNum files), so that what was typed beside them is not lost.
     explicit Request(const std::string& uploadFolder = "");
     ~Request();
     Request(const Request&) = delete;
@@ -47,6 +48,8 @@ class Request {
     long number(const std::string& name, long least, long most, long otherwise) const;
     bool has(const std::string& name) const;
     const std::vector<Upload>& uploads() const { return uploads_; }
+    /// Whether files were passed over that would have gone beyond the limits.
+    bool lacksFiles() const { return lacksFiles_; }
 
   private:
     struct Field {
@@ -57,7 +60,7 @@ class Request {
     void readBody(const std::string& contentType, long length, const std::string& uploadFolder);
     void convertTexts();
 
-    bool post_ = false;
+    bool post_ = false, lacksFiles_ = false;
     std::vector<Field> fields_;
     std::vector<Upload> uploads_;
     friend class FormReader;
