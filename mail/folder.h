@@ -44,7 +44,8 @@ typedef struct Fldr {
  * (empty, mode 0600), which keeps other openers out for 180 seconds after its last change. First
  * finishes a rewrite that was interrupted while it replaced the folder's content.
  * NULL when `path` is NULL, empty or longer than 507 bytes, when the folder is busy (a marker
- * younger than 181 seconds), missing, empty, unreadable or no regular file, or when memory is out.
+ * younger than 181 seconds), missing, empty, unreadable or no regular file, or when memory is out;
+ * without memory for the index, the marker stays until it is 181 seconds old.
  * Caller frees with fldrClose(). (mbox: RFC 4155)
  */
 ATTALVEN_API Fldr* fldrOpen(const char* path);
@@ -60,9 +61,10 @@ ATTALVEN_API Fldr* fldrProcessing(FILE* fp);
 /*
  * Finds the next message of `fp` from its current position: stores the byte position of its From_
  * line, the size of its header (up to its first empty line; all of it when it has none) and its
- * size, and leaves the stream at the next message's From_ line or at the end of the file. A value
- * that a 32-bit field cannot hold is stored as INT_MAX. 1 when a message was found; 0, with nothing
- * stored, at the end of the file or for a NULL argument.
+ * size. Leaves the stream at the next message's From_ line; when none follows, at the start of the
+ * last line, or behind it if it is the From_ line that was found. A value that a 32-bit field
+ * cannot hold is stored as INT_MAX. 1 when a message was found; 0, with nothing stored, when there
+ * is none or for a NULL argument.
  */
 ATTALVEN_API int fldrGetMsgSizeInfo(int* offset, int* hdrSize, int* size, FILE* fp);
 

@@ -1,6 +1,7 @@
 // The index of a folder: the From_ check, message boundaries, entries, accessors, the marker.
 
 #include <fcntl.h>
+#include <malloc.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 
@@ -193,6 +194,16 @@ TEST_F(Folder, OpensRegularFilesWithContentOnly) {
     age(dir + "/old.tmp", 200);
     EXPECT_EQ(fldrOpen((dir + "/old").c_str()), nullptr);
     EXPECT_FALSE(exists(dir + "/old.tmp")) << "a stale marker of a missing folder goes, too";
+}
+
+TEST_F(Folder, LeavesItsMarkerWithoutMemoryForTheIndex) {
+    if (kit::kAddressSanitizer) GTEST_SKIP() << "the sanitizer cannot live under the limit";
+    kit::writeFile(path, kFrom + "\n");
+    malloc_trim(0);
+    rlimit limit = {0, 0};
+    ASSERT_EQ(setrlimit(RLIMIT_DATA, &limit), 0);
+    bool isOpen = fldrOpen(path.c_str()), isMarked = exists(marker);
+    EXPECT_EQ(std::pair(isOpen, isMarked), std::pair(false, true));
 }
 
 TEST_F(Folder, IndexIsFullUnderTheDataLimit) {

@@ -66,13 +66,10 @@ Fldr* fldrOpen(const char* path) {
     OwnedFile stream = openRegular(path);
     if (!stream || stateOf(fileno(stream.get())).size <= 0) return nullptr;
     // A directory that takes no marker shows its folders all the same; they are not rewritten.
+    Descriptor marker = makeMarker(SidePath(name, kMarkerEnding));
+    if (!marker && errno == EEXIST) return nullptr;
     OpenFolder* folder = OpenFolder::create();
     if (!folder) return nullptr;
-    Descriptor marker = makeMarker(SidePath(name, kMarkerEnding));
-    if (!marker && errno == EEXIST) {
-        fldrFree(&folder->record);
-        return nullptr;
-    }
     folder->record.fp = stream.release();
     folder->ownsStream = true;
     folder->marker = std::move(marker);
