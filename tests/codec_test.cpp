@@ -159,6 +159,7 @@ TEST(StreamForms, StopReadingWhenTheOutputIsFull) {
         form(full.get(), in.get(), static_cast<int>(content.size()));
         EXPECT_LT(ftell(in.get()), 1 << 20);
     }
+    EXPECT_GT(strmDestEncodeQP(full.get(), content.c_str()), 4 << 20) << "the length of a text";
 }
 
 }  // namespace

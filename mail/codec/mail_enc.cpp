@@ -64,14 +64,14 @@ int encodeToStream(FILE* out, string_view text, Base64Encoder e) {
     return base64Count(text.size());
 }
 
-/// Calls use(encoded piece) for the text in quoted-printable, until that gives false.
+/// Calls use(encoded piece) for the text in quoted-printable.
 template <typename Use>
 void forEncodedSlices(string_view text, Use use) {
     constexpr size_t kBytes = 4096;
     const QpFolding folding = qpStreamFolding();
     char piece[4 * kBytes];  // more than qpRoom()
     for (; !text.empty(); text = tail(text, kBytes))
-        if (!use({piece, qpEncode(folding, x_pos, text, kBytes, piece)})) return;
+        use({piece, qpEncode(folding, x_pos, text, kBytes, piece)});
 }
 
 }  // namespace
@@ -125,7 +125,6 @@ int EncodeQP(char* dst, const char* text) {
     forEncodedSlices(viewOf(text), [&](string_view encoded) {
         memcpy(end, encoded.data(), encoded.size());
         end += encoded.size();
-        return true;
     });
     *end = 0;
     return clampInt(end - dst);
@@ -138,7 +137,6 @@ int strmDestEncodeQP(FILE* out, const char* text) {
     forEncodedSlices(viewOf(text), [&](string_view encoded) {
         writer.write(encoded);
         total += static_cast<int64_t>(encoded.size());
-        return !writer.failed();
     });
     return clampInt(total);
 }
