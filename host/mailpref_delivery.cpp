@@ -113,20 +113,11 @@ void saveForwarding(SettingsForm& form, const User& user) {
 }  // namespace
 
 bool isMailAddress(const std::string& text) {
-    constexpr const char* letters =
-        "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789-.";
-    std::string atext = std::string(letters) + "!#$%&'*+/=?^_`{|}~";
-    size_t at = text.find('@');
-    if (at == std::string::npos || text.size() > 100) return false;
-    std::string mailbox = text.substr(0, at), host = text.substr(at + 1);
-    for (const std::string& part : {mailbox, host})
-        if (part.empty() || part.front() == '.' || part.back() == '.' ||
-            part.find("..") != std::string::npos)
-            return false;
+    if (text.size() > 100 || !isPlainAddress(text)) return false;
+    for (const char* odd : {"..", ".@", "@.", "@-"})
+        if (text.find(odd) != text.npos) return false;
     // A mailbox that begins like a file, a pipe or an option means something else to mail servers.
-    return mailbox.find_first_not_of(atext) == std::string::npos &&
-           host.find_first_not_of(letters) == std::string::npos &&
-           !strchr("/|-", mailbox.front()) && host.front() != '-';
+    return !strchr("./|-", text.front()) && text.back() != '.';
 }
 
 const PreferenceForm kVacationForm = {"vacation", loadVacation, takeVacation, saveVacation};

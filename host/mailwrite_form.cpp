@@ -1,7 +1,6 @@
 #include "mailwrite_form.h"
 
 #include <algorithm>
-#include <cstring>
 #include <map>
 #include <sstream>
 
@@ -167,17 +166,7 @@ std::string Address::text() const {
 }
 
 bool Address::isValid() const {
-    size_t at = mail.rfind('@');
-    if (at == 0 || at == std::string::npos || at + 1 == mail.size() || mail.size() > 254)
-        return false;
-    for (size_t i = 0; i < mail.size(); i++) {
-        char c = mail[i];
-        bool isHost = i > at;
-        bool word = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
-                    c == '.' || c == '-';
-        if (i != at && !word && (isHost || !c || !strchr("!#$%&'*+/=?^_`{|}~", c))) return false;
-    }
-    return true;
+    return mail.size() <= 254 && isPlainAddress(mail);
 }
 
 bool Address::isSame(const std::string& other) const {

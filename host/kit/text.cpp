@@ -215,6 +215,16 @@ std::string utf8Of(unsigned long code) {
     return out;
 }
 
+bool isPlainAddress(std::string_view text) {
+    constexpr std::string_view letters =
+        "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789-.!#$%&'*+/=?^_`{|}~";
+    size_t at = text.find('@');
+    if (at == 0 || at >= text.size() - 1) return false;
+    std::string_view mailbox = text.substr(0, at), host = text.substr(at + 1);
+    return mailbox.find_first_not_of(letters) == mailbox.npos &&
+           host.find_first_not_of(letters.substr(0, letters.find('!'))) == host.npos;
+}
+
 std::string takeText(char* heapText) {
     std::string text = heapText ? heapText : "";
     free(heapText);

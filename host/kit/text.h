@@ -43,6 +43,9 @@ std::string_view firstBytes(std::string_view utf8, size_t most);
 /// A size as people read it: "12 B", "3.4 MB".
 std::string sizeText(uint64_t bytes);
 
+/// Whether the text is an address mailbox@host in ASCII that needs no quotes (RFC 5321).
+bool isPlainAddress(std::string_view text);
+
 /// The character `code`; U+FFFD for what is none.
 std::string utf8Of(unsigned long code);
 
