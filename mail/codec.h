@@ -162,8 +162,11 @@ ATTALVEN_API int DecodeEucJP2ShiftJIS(char* dst, const char* text);
  */
 ATTALVEN_API void strmDecodeISO2022KR(FILE* out, FILE* in, int length);
 
-/* Character sets. Names are matched ignoring case. A name of the converter is 1 to 64 letters,
- * digits and "._:+-"; any other name converts nothing. */
+/* ---- Character sets ----------------------------------------------------------------------------
+ *
+ * Names are matched ignoring case. A name of the converter is 1 to 64 letters, digits and "._:+-";
+ * any other name converts nothing.
+ */
 
 /* Converts `text` from the set `source` to the set `target` as a whole: one invalid byte, or a
  * character that the target lacks, makes it fail. An incomplete character at the end is dropped. A
@@ -198,7 +201,7 @@ ATTALVEN_API char* mailGetSrcCharSet(const char* text);
  * Static: valid until the next call. */
 ATTALVEN_API char* mailGetLangCharSet(const char* lang);
 
-/* Encoded words (RFC 2047). */
+/* ---- Encoded words (RFC 2047) ---------------------------------------------------------------- */
 
 /* Decodes the encoded words of a header value, joins them with the plain text around them (white
  * space between two words is kept) and converts the whole to the page character set of the last

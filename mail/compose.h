@@ -25,7 +25,8 @@ typedef struct MailSendResult {
  * an ordinary message.
  * headerEncoding and bodyEncoding: 1 = raw, 2 = quoted-printable, 3 = base64.
  * charset: the character set chosen for sending, such as "euc-kr", "ISO-2022-JP" or "kor-utf-8" (a
- * language prefix before the UTF name); texts are in the page character set of its family.
+ * language prefix before the UTF name); texts are in the page character set of its family. With a
+ * NULL or empty one nothing is converted, and subjects and names are not encoded.
  * All output ends its lines with LF alone; headers continue on lines that begin with a TAB. Texts
  * that reach a header line can neither end it nor start another one: of their line breaks only a
  * legal fold stays (RFC 5322 section 2.2.3).

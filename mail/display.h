@@ -11,14 +11,16 @@
 
 ATTALVEN_BEGIN
 
-/* What a message page shows; filled by the calling program for the message-body callbacks. */
+/* What a message page shows; filled by the calling program for the message-body callbacks. The last
+ * three fields are for links to the part-download page. Texts stand there as they are, but for `<`,
+ * `>`, `"` and control bytes: the program URL-encodes them (cgiCharToHex(), cgiSpcToPlus()). */
 typedef struct MailView {
-    long reserved; /* never read */
-    MailBody* message;
-    FILE** file;
-    int select;
-    char* msgId;
-    char fldrName[256];
+    long reserved;      /* never read */
+    MailBody* message;  /* root body of the parsed message */
+    FILE** file;        /* address of the pointer to its open stream */
+    int select;         /* the message's number in its folder */
+    char* msgId;        /* its Message-ID; NULL counts as "" */
+    char fldrName[256]; /* the folder's name */
 } MailView;
 
 /* One row of an attachment list; the list ends with a row whose mimeType is NULL. */

@@ -22,11 +22,12 @@ typedef struct FldrMsg {
     int num;             /* from 1, in file order */
     unsigned int status; /* 0x10 read, 0x100 old, 0x1000 deleted */
     int priority;        /* 1 (highest) to 5 */
+    /* The Message-ID as in MailInfo; the first sender's mailbox@host; for callers, "" at first. */
     char msgId[101], from[101], auxText[101];
     time_t date;        /* seconds since the epoch, UTC */
     char subject[5001]; /* decoded */
-    int offset, hdrSize,
-        size; /* bytes; the header up to its empty line, the message with its From_ line */
+    /* Bytes: where its From_ line begins, from there to the empty line, and to its end. */
+    int offset, hdrSize, size;
 } FldrMsg;
 
 /* An open folder. */

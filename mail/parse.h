@@ -45,13 +45,14 @@ typedef struct MailBody {
     struct MailBody *child, *next;
 } MailBody;
 
-/* One message. */
+/* One message. auxAddr, auxStr and auxStr2 are for callers: the library only releases them. */
 typedef struct MailInfo {
-    int mimeVersion;
+    int mimeVersion;     /* major number, 0 when absent */
     unsigned int status; /* 0x10 read, 0x100 old */
-    time_t date;         /* seconds since the epoch, UTC */
-    char* dateStr;
+    time_t date;         /* seconds since the epoch, UTC; 0 when absent */
+    char* dateStr;       /* as written */
     int offset, size, bodyOffset, bodySize;
+    /* faxNum: recipients of a composed fax, the number in `mailbox`. */
     MailAddress *from, *to, *cc, *auxAddr, *replyTo, *faxNum;
     char* subject; /* decoded, on one line */
     /* What stands in angle brackets, without quotes and slashes; "_msgid" is added when it holds
@@ -59,6 +60,7 @@ typedef struct MailInfo {
     char* messageId;
     char* auxStr;
     int priority; /* 1 (highest) to 5 */
+    /* X-Mailer, X-SMIME and X-Voice-ID as written. */
     char *mailer, *auxStr2, *smime, *voiceId;
     MailBody* body;
 } MailInfo;
@@ -149,7 +151,8 @@ ATTALVEN_API MailInfo* mailProcessing(int offset, int size, const char* msgId, F
  * message inside it, depth first, whose Message-ID is `msgId`, parsed anew from `fp`; a record
  * other than `msg` is new: Caller frees with mailFree. Case is ignored; a part without a Message-ID
  * has the empty one. NULL when there is none or `msg` is NULL. Only parts whose content is stored
- * unencoded can be found, at most 100 levels deep.
+ * unencoded can be found, at most 100 levels deep; in crafted mail the search ends when it has read
+ * 128 MB and eight times the size of `msg`.
  */
 ATTALVEN_API MailInfo* mailGetRFC822MessageInfo(MailInfo* msg, FILE* fp, const char* msgId);
 
@@ -164,9 +167,11 @@ ATTALVEN_API MailAddress* mailGetAddrList(const char* text);
 
 /*
  * The instant that a Date value (RFC 5322 section 3.3) names, in seconds since the epoch, UTC.
- * `value` is only read. Words count by position after the first comma: day, month, year,
- * time, zone. A missing zone is UTC; a zone word other than +hhmm, -hhmm or the North American
- * letters makes it the server's local time (TZ). 0 for NULL.
+ * `value` is only read. Words count by position after the first comma: day, month, year, time,
+ * zone. A year of two digits stands as written, a year of 0 is 2000. A missing zone is UTC; a zone
+ * word other than +hhmm, -hhmm or the North American letters makes it the server's local time (TZ).
+ * A date with a zone comes out an hour early where it is in the server's daylight saving time. 0
+ * for NULL.
  */
 ATTALVEN_API time_t mailParseDate(char* value);
 
@@ -176,9 +181,13 @@ ATTALVEN_API time_t mailParseDate(char* value);
 ATTALVEN_API int mailGetEncType(const char* value);
 
 /*
- * Sets `type`, `subType` and `params` of `node` from a Content-Type value (RFC 2045 section 5.1);
- * `value` is not changed. Without a subtype the node keeps the one it has, or gets the default of
- * its type. NULL gives application/octet-stream, and so does memory out.
+ * Takes a Content-Type value (RFC 2045 section 5.1) apart; `value` is not changed. Sets `type` of
+ * `node`, by the table mime_types and ignoring case, and where the value has them `subType` and
+ * `params`; what stood there is freed, what the value does not have stays. A node that still has no
+ * subtype gets "plain" (text), "basic" (audio) or "rfc822" (message). An unknown type is x-unknown
+ * with a subtype, and application/x-TYPE without one. NULL gives application/octet-stream, and so
+ * does a folded value for which memory is out; a text for which it is out is NULL. A NULL `node` is
+ * passed over.
  */
 ATTALVEN_API void mailParseMimeType(char* value, MailBody* node);
 
