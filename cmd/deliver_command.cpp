@@ -59,8 +59,7 @@ int deliverCommand(const Args& args) {
 constexpr Command kCommands[] = {
     {"deliver", "[--server HOST[:PORT]] [--helo NAME] FROM TO[,TO...]",
      "hands the message on standard input to an SMTP server; one line a recipient with the "
-     "server's reply code. --helo "
-     "switches the adapter for strict servers on",
+     "server's reply code; --helo switches the adapter for strict servers on",
      deliverCommand},
 };
 

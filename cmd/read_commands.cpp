@@ -1,4 +1,4 @@
-// The commands that only read a folder: list, show, extract, count.
+// The commands that only read a folder: list, show, extract, count, dump.
 
 #include <sys/ioctl.h>
 #include <unistd.h>
@@ -226,8 +226,7 @@ constexpr Command kCommands[] = {
     {"count", "FOLDER", "how many messages, how many new, how many bytes", countFolder},
     {"dump", "FOLDER",
      "for scripts: number, offset, header size, size, flags, priority, date, parts, Message-ID, "
-     "address, name, subject, "
-     "separated by tabs, other bytes than printable ASCII as %XX",
+     "address, name, subject, separated by tabs, other bytes than printable ASCII as %XX",
      dumpFolder},
 };
 

@@ -1,7 +1,6 @@
-// codec_libs LIB OP IN OUT: whole-file codec through a library, streamed in 64 KB blocks (etpan and
-// evp: see code).
-//   LIB glib (base64), gmime (base64, qp), evp (base64, OpenSSL), etpan (base64, qp decode: in one
-//   piece)   OP b64enc b64dec qpenc qpdec
+// codec_libs LIB OP IN OUT: a whole-file codec of another library, streamed in blocks of 64 KB.
+// LIB: glib (base64), gmime (base64, quoted-printable), evp (base64 of OpenSSL), etpan (decodes
+// both, in one piece). OP: b64enc, b64dec, qpenc, qpdec.
 #include <fcntl.h>
 #include <glib.h>
 #include <gmime/gmime.h>

@@ -1,5 +1,6 @@
-// gmime_mime parse FILE OUT      parse one message (after a From_ line), decode its second part to
-// OUT gmime_mime compose FILE OUT    compose text + base64 attachment FILE to OUT
+// gmime_mime parse FILE OUT: parses one message, behind its From_ line, and decodes its second part
+// to OUT.
+// gmime_mime compose FILE OUT: composes a text with FILE attached in base64 to OUT.
 #include <gmime/gmime.h>
 #include <stdio.h>
 #include <string.h>
