@@ -6,6 +6,7 @@
 #include "host_texts.h"
 #include "kit/page.h"
 #include "kit/part.h"
+#include "kit/receipts.h"
 #include "kit/text.h"
 #include "mailview.h"
 
@@ -81,6 +82,10 @@ class MessagePage {
         page_.markup("CCLIST", addresses(message_, "Cc", info->cc));
         include("CC", "mailview_cc.html", info->cc != nullptr);
         page_.text("DATE", info->dateStr ? toUtf8(mailGetDate(info->date), own) : "-");
+        bool isSent = view_.folder.name() == "sent" && view_.path.empty();
+        std::string read = isSent ? receiptOf(view_.user, message_.header("Message-ID")) : "";
+        page_.text("READ_AT", read);
+        include("READ", "mailview_read.html", !read.empty());
         page_.markup("PRIORITY", printed(pfnMailPriority, info, own));
         page_.markup("KIND", printed(pfnMailBodyType, message_.root(), own));
     }

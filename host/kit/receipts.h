@@ -3,10 +3,7 @@
 
 // Read receipts: a mail in HTML may hold a picture of mailrcpt.cgi; when it is first loaded, the
 // time is noted in the sender's file "receipts", one line "SECONDS MESSAGE-ID" for each mail, at
-// most 256 KiB. A view of a sent mail shows it:
-//
-//   std::string read = receiptOf(user, messageId);
-//   if (!read.empty()) page.text("READ_AT", read);
+// most 256 KiB. The page of a sent mail shows it.
 
 #include <ctime>
 #include <string>

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """settings.py BUILD: drives mailpref, mailadm, mailrcpt and login by hand. Makes the site BUILD/site, where the programs
 look for it."""
-import os, re, subprocess, sys, urllib.parse
+import os, re, subprocess, sys, time, urllib.parse
 import sites
 from checks import expect, finish
 
@@ -84,6 +84,8 @@ for user, key in (("kim", "1.2@localhost"), ("kim", "1.2@localhost"), ("kim", "o
     expect("the dot", dot[:6] == b"GIF89a" and dot[-1:] == b";" and "image/gif" in head, dot)
 lines = open(f"{kim.home}/receipts").read().splitlines()
 expect("one receipt, of a mail that was sent", len(lines) == 1 and lines[0].endswith(" 1.2@localhost"), lines)
+page = cgi("mailview", "fldrname=sent&select=1", Visitor("kim", "second-password").cookie)[2].decode("euc-kr", "replace")
+expect("the page of the mail says when", time.strftime(">%Y-%m-%d %H:", time.localtime(int(lines[0].split()[0]))) in page, page)
 with open(f"{kim.home}/receipts", "w") as full:
     full.write("1 x@y\n" * 43690)
 cgi("mailrcpt", "userid=kim&maildomainname=localhost&msgid=1.2@localhost")
