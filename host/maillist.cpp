@@ -98,7 +98,7 @@ int pageSizeOf(const User& user) {
 
 std::string linkTo(const ListView& view, const Row& row) {
     std::string message = "fldrname=" + view.folder + "&select=" + std::to_string(row.number) +
-                          "&msgid=" + urlEncoded(row.key);
+                          "&msgid=" + urlEncoded(row.name());
     return view.folder == "drafts" ? "mailwrite.cgi?cmd=draft&" + message
                                    : "mailview.cgi?" + message;
 }
@@ -114,7 +114,7 @@ void printRow(Page& page, const ListView& view, const Row& row, bool checked) {
         if (row.priority < 3)
             page.text("TEXT", message(80 + row.priority)).print("maillist_priority.html");
     });
-    page.text("REF", std::to_string(row.number) + ":" + std::string(row.key));
+    page.text("REF", std::to_string(row.number) + ":" + row.name());
     page.markup("CHECKED", checked ? " checked" : "");
     page.text("LINK", linkTo(view, row));
     page.text("WHO", who.empty() ? message(kTextListNobody) : who);

@@ -30,7 +30,7 @@ struct ListView {
 /// Columns of the list by name: "date", "from", "subject", "size".
 const std::vector<const char*>& orderNames();
 
-/// Does what a button says to the messages that are selected ("msg" fields, "number:key"). The
+/// Does what a button says to the messages that are selected ("msg" fields, "number:name"). The
 /// query of the notice for the page that follows, "" if something is to be confirmed first.
 std::string runAction(const Request& request, const User& user, const ListView& view);
 

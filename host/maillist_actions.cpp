@@ -99,7 +99,7 @@ constexpr Command kCommands[] = {
     {"empty", false, emptyTrash},
 };
 
-/// "number:key", as the list and the message page write it.
+/// "number:name", as the list and the message page write it.
 std::vector<MessageRef> messagesOf(const Request& request) {
     std::vector<MessageRef> messages;
     for (const std::string& ref : request.values("msg")) {

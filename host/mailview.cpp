@@ -73,7 +73,7 @@ std::optional<MessageRef> answer(const Request& request, const User& user) {
     int n = linkedMessage(folder, request);
     command.run({request, user, folder, n, partPath(request.value("part"))});
     if (command.run != showPage || folder.entry(n).status & FLDR_READ) return {};
-    return MessageRef{n, messageKey(folder.entry(n))};
+    return MessageRef{n, folder.nameOf(n)};
 }
 
 void run() {

@@ -21,8 +21,8 @@ struct View {
     int number;     // of the message in the folder
     PartPath path;  // of the field "part"
 
-    /// The message's key, by which links find it in a folder that has changed.
-    std::string id() const { return messageKey(folder.entry(number)); }
+    /// The message's name, by which links find it in a folder that has changed.
+    std::string id() const { return folder.nameOf(number); }
     /// The message that the path leads to.
     Message open() const { return {folder, number, path}; }
     /// "fldrname=...&select=...&msgid=..." and, for a path, "&part=...", to stand in a query.

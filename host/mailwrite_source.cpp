@@ -147,7 +147,7 @@ void goOn(Form& form, const Source& source, FormFolder& folder) {
         form.body.resize(std::min(form.body.rfind(kHtmlEnd), form.body.size()));
     }
     form.body.resize(form.body.find_last_not_of('\n') + 1);
-    folder.setNote("draft", messageKey(source.folder.entry(source.number)));
+    folder.setNote("draft", source.folder.nameOf(source.number));
 }
 
 std::string mailtoAddress(const std::string& text) {

@@ -107,6 +107,24 @@ TEST_F(HostKit, MessagesWithoutIdAreToldApart) {
     EXPECT_EQ(trash.rows()[0].subject, "가");
 }
 
+TEST_F(HostKit, CopiesOfOneMessageAreToldApart) {
+    auto copy = [](const std::string& way) {
+        return "From a@b Mon Jan  5 00:00:00 2004\nReceived: " + way +
+               "\nMessage-ID: <same>\nSubject: " + way + "\n\ntext\n\n";
+    };
+    fill("inbox", copy("direct") + copy("list"));
+    std::vector<std::string> names;
+    {
+        Summary summary(kim, "inbox");
+        for (const Summary::Row& row : summary.rows()) names.push_back(row.name());
+    }
+    ASSERT_EQ(host::Folder(kim, "inbox").nameOf(2), names[1]);
+    EXPECT_EQ(host::moveMessages(kim, "inbox", "trash", {{1, names[1]}}), 1U);
+    EXPECT_EQ(list("inbox"), "1 same direct\n");
+    EXPECT_EQ(host::moveMessages(kim, "inbox", "trash", {{1, names[1]}}), 0U) << "it is gone";
+    EXPECT_EQ(host::Folder(kim, "inbox").find(1, names[1]), 0);
+}
+
 TEST_F(HostKit, MessagesAreFoundByAnyId) {
     const std::string ids[] = {"\xB0\xA1+&%41'x", std::string(99, 'y') + "\xB0\xA1z",
                                "\x01 b \x7F"};

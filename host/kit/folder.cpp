@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "delivery.h"
+#include "head_mark.h"
 #include "host_texts.h"
 #include "text.h"
 
@@ -33,11 +34,11 @@ bool isSame(const struct stat& a, const struct stat& b) {
 }
 
 /// The number that `ref` has now, 0 when its message is gone; not one of `taken`, since copies of a
-/// message have the same key.
-int numberOf(const MessageRef& ref, Fldr* index, const std::set<int>& taken) {
+/// message can be the same to the last byte of the header.
+int numberOf(const MessageRef& ref, Fldr* index, MboxScan& folder, const std::set<int>& taken) {
     auto fits = [&](int n) {
         return fldrChkMsgBoundary(n, index) && !taken.contains(n) &&
-               (ref.id.empty() || messageKey(*index->msgs[n - 1]) == ref.id);
+               isNamed(*index->msgs[n - 1], ref.id, folder);
     };
     if (fits(ref.number)) return ref.number;
     for (int n = 1; !ref.id.empty() && n <= fldrMsgMax(index); n++)
@@ -46,9 +47,10 @@ int numberOf(const MessageRef& ref, Fldr* index, const std::set<int>& taken) {
 }
 
 std::vector<int> numbersOf(const std::vector<MessageRef>& messages, Fldr* index) {
+    MboxScan folder(fileno(index->fp));
     std::set<int> numbers;
     for (const MessageRef& ref : messages)
-        if (int n = numberOf(ref, index, numbers)) numbers.insert(n);
+        if (int n = numberOf(ref, index, folder, numbers)) numbers.insert(n);
     return {numbers.begin(), numbers.end()};
 }
 
@@ -120,6 +122,19 @@ std::string messageKey(const std::string& messageId) {
     for (char c : messageId.substr(0, kMost))
         key += c > ' ' && c < '\x7F' ? std::string(1, c) : urlEncoded({&c, 1});
     return key;
+}
+
+std::string messageName(const FldrMsg& entry, MboxScan& folder) {
+    std::string header(folder.header({entry.offset, entry.size}));
+    takeStatus(header);
+    return headMark(digestOf(header)) + messageKey(entry);
+}
+
+bool isNamed(const FldrMsg& entry, const std::string& id, MboxScan& folder) {
+    std::string key = messageKey(entry);
+    if (id.empty() || id == key) return true;
+    return id.size() == kMarkSize + key.size() && id.ends_with(key) &&
+           id == messageName(entry, folder);
 }
 
 void changeFolder(const User& user, const std::string& name,

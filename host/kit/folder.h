@@ -47,8 +47,10 @@ class Folder {
     const FldrMsg& entry(int n) const;
     FILE* file() const { return index_ ? index_->fp : stream_; }
     const std::string& name() const { return name_; }
-    /// The message that a link means: number `n` if it still has the key `id` ("": any), else the
-    /// one that has it. 0 when there is none. `id` may be a whole Message-ID too.
+    /// What links call message `n`: messageName().
+    std::string nameOf(int n) const;
+    /// The message that a link means: number `n` if it still has the name `id` ("": any), else the
+    /// first one that has it. 0 when there is none. `id` may be a key or a whole Message-ID too.
     int find(int n, const std::string& id) const;
 
   private:
@@ -73,7 +75,13 @@ Fldr* openWaiting(const std::string& path);
 std::string messageKey(const FldrMsg& entry);
 std::string messageKey(const std::string& messageId);
 
-/// One message as the pages name it: its number and its key ("": whatever has the number).
+/// The key behind the mark of the message's header (headMark()), which copies of one message do not
+/// share: what is meant for one never hits another.
+std::string messageName(const FldrMsg& entry, MboxScan& folder);
+/// Whether the message has the name or key `id`.
+bool isNamed(const FldrMsg& entry, const std::string& id, MboxScan& folder);
+
+/// One message as the pages call it: its number and its name ("": whatever has the number).
 struct MessageRef {
     int number;
     std::string id;

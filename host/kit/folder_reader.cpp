@@ -36,6 +36,7 @@ Folder::Folder(const User& user, const std::string& name) : name_(name) {
     opened_ = admOptions.passwdFlag == kSystemAccounts;
     if (opened_) {
         index_ = openWaiting(path);
+        if (index_) scan_ = std::make_unique<MboxScan>(fileno(index_->fp));
         return;
     }
     stream_ = openStream(path);
@@ -80,10 +81,13 @@ const FldrMsg& Folder::entry(int n) const {
                                    : entries_.emplace(n, readEntry(n)).first->second;
 }
 
+std::string Folder::nameOf(int n) const {
+    return messageName(entry(n), *scan_);
+}
+
 int Folder::find(int n, const std::string& id) const {
     auto fits = [&, whole = messageKey(id)](int k) {
-        std::string key = messageKey(entry(k));
-        return id.empty() || key == id || key == whole;
+        return isNamed(entry(k), id, *scan_) || messageKey(entry(k)) == whole;
     };
     if (n >= 1 && n <= count() && fits(n)) return n;
     if (id.empty() || !count()) return 0;

@@ -11,7 +11,6 @@
 #include "file.h"
 #include "folder.h"
 #include "host_texts.h"
-#include "mail_text.h"
 #include "mbox_scan.h"
 #include "row_reader.h"
 #include "summary_file.h"
@@ -49,27 +48,6 @@ OpenFile openFolder(const std::string& path, struct stat& st) {
 
 std::string summaryPath(const User& user, const std::string& folder) {
     return user.home() + "/" + folder + ".list";
-}
-
-/// Takes the Status lines off a header, so that what else is in it can be compared, and gives the
-/// marks that they hold.
-unsigned takeStatus(std::string& header) {
-    unsigned status = 0;
-    size_t kept = 0;
-    bool isStatus = false;
-    for (std::string_view rest = header; !rest.empty();) {
-        bool isFirst = rest.size() == header.size();
-        std::string_view line = takeLine(rest);
-        isStatus = isFolded(line) ? isStatus : !isFirst && isField(line, "Status");
-        for (char c : line.substr(isStatus ? line.find(':') + 1 : line.size()))
-            status |= c == 'R' ? FLDR_READ : c == 'O' ? FLDR_OLD : 0;
-        if (isStatus) continue;
-        if (line.data() != header.data() + kept)
-            memmove(header.data() + kept, line.data(), line.size());
-        kept += line.size();
-    }
-    header.resize(kept);
-    return status;
 }
 
 StoredRow storedOf(const Summary::Row& row) {
@@ -160,6 +138,10 @@ std::string_view Summary::keep(std::string_view text) {
     if (!fits) texts_.emplace_back().reserve(std::max(kTextBlock, text.size()));
     texts_.back() += text;
     return std::string_view(texts_.back()).substr(texts_.back().size() - text.size());
+}
+
+std::string Summary::Row::name() const {
+    return headMark(digest) + std::string(key);
 }
 
 FolderCounts Summary::counts() const {

@@ -8,12 +8,12 @@
 
 #include <sys/stat.h>
 
-#include <array>
 #include <ctime>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "head_mark.h"
 #include "session.h"
 
 namespace host {
@@ -30,9 +30,11 @@ class Summary {
         unsigned status;
         int priority, size;
         time_t date;
-        std::array<unsigned char, 16> digest;  // of the header block without Status
-        std::string_view key;                  // messageKey()
-        std::string_view from, to, subject;    // a name, or an address without one
+        Digest digest;                       // of the header block without Status
+        std::string_view key;                // messageKey()
+        std::string_view from, to, subject;  // a name, or an address without one
+        /// What links and actions call it: messageName().
+        std::string name() const;
     };
 
     /// Of the folder as it is now; empty when it is missing. PageError 404 for no folder's name,

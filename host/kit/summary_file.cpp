@@ -18,27 +18,6 @@ std::string_view bytesOf(const void* p, size_t size) {
 
 }  // namespace
 
-DigestStream::DigestStream() {
-    crypto_generichash_init(&state_, nullptr, 0, sizeof(Digest));
-}
-
-void DigestStream::add(std::string_view bytes) {
-    crypto_generichash_update(&state_, reinterpret_cast<const unsigned char*>(bytes.data()),
-                              bytes.size());
-}
-
-Digest DigestStream::end() {
-    Digest digest;
-    crypto_generichash_final(&state_, digest.data(), digest.size());
-    return digest;
-}
-
-Digest digestOf(std::string_view bytes) {
-    DigestStream stream;
-    stream.add(bytes);
-    return stream.end();
-}
-
 SummaryHead SummaryHead::of(const struct stat& folder) {
     SummaryHead h = {};
     memcpy(h.magic, kMagic, sizeof kMagic);

@@ -4,32 +4,16 @@
 // The file of a summary: a head with a digest of its own, then rows and their texts, of which the
 // head has the digest. Read and written by Summary only, on one machine: numbers in its byte order.
 
-#include <sodium.h>
 #include <sys/stat.h>
 
-#include <array>
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
 
-#include "summary.h"
+#include "head_mark.h"
 
 namespace host {
-
-using Digest = std::array<unsigned char, 16>;
-Digest digestOf(std::string_view bytes);
-
-/// The same for bytes that come in pieces.
-class DigestStream {
-  public:
-    DigestStream();
-    void add(std::string_view bytes);
-    Digest end();
-
-  private:
-    crypto_generichash_state state_;
-};
 
 struct SummaryHead {
     char magic[16];
