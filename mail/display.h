@@ -88,8 +88,9 @@ ATTALVEN_API char* mailGetCharSet(MailBody* root);
  * read. The array ends with a row whose fields are all NULL or 0. Sizes are bytes as stored, still
  * encoded. msgId is the containing message's Message-ID ("" without one); for a forwarded message
  * its own, URL-encoded, or "nomsgid". Caller frees with mailAttachListFree. NULL when no part has a
- * file name or is of type message, for NULL, and when memory is out; a NULL `fp` leaves forwarded
- * messages out. Moves `fp`. */
+ * file name or is of type message, for NULL, and when memory is out. Forwarded messages are left
+ * out without an `fp`, and in crafted mail behind those that took 128 MB and eight times the
+ * message's size to read. Moves `fp`. */
 ATTALVEN_API MailAttach* mailGetAttachList(MailInfo* msg, long unused, FILE* fp);
 /* Frees an attachment list; NULL does nothing. */
 ATTALVEN_API void mailAttachListFree(MailAttach* list);
