@@ -17,10 +17,6 @@ namespace {
 
 OpenFolder* openFolders = nullptr;  // every folder that is open in this process
 
-constexpr size_t kSmallFolder = 256;
-constexpr size_t kLargePage = 2 * 1024 * 1024, kChunkSize = 4 * kLargePage;
-static_assert(sizeof(EntryChunk) <= kChunkSize);
-
 /// Private memory costs less where nothing limits it.
 int kindOfMemory() {
     rlimit limit;
@@ -29,17 +25,10 @@ int kindOfMemory() {
 }
 
 EntryChunk* newChunk(EntryChunk* next) {
-    void* memory = mmap(nullptr, kChunkSize + kLargePage, PROT_READ | PROT_WRITE,
+    void* memory = mmap(nullptr, sizeof(EntryChunk), PROT_READ | PROT_WRITE,
                         kindOfMemory() | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
     if (memory == MAP_FAILED) return nullptr;
-    // Large pages lie at multiples of their size: what is too much goes back.
-    char* begin = static_cast<char*>(memory);
-    size_t over = reinterpret_cast<uintptr_t>(begin) % kLargePage,
-           skipped = over ? kLargePage - over : 0;
-    if (skipped) munmap(begin, skipped);
-    begin += skipped;
-    munmap(begin + kChunkSize, kLargePage - skipped);
-    EntryChunk* chunk = reinterpret_cast<EntryChunk*>(begin);
+    EntryChunk* chunk = static_cast<EntryChunk*>(memory);
     chunk->next = next;
     return chunk;
 }
@@ -68,9 +57,6 @@ OpenFolder* OpenFolder::of(const Fldr* record) {
 FldrMsg* OpenFolder::newEntry() {
     if (!chunks || chunks->used == EntryChunk::kEntries)
         if (EntryChunk* chunk = newChunk(chunks)) chunks = chunk;
-    // A folder that is not small touches all of its memory: large pages save most page faults.
-    if (chunks && chunks->used == (chunks->next ? 0 : kSmallFolder))
-        madvise(chunks, kChunkSize, MADV_HUGEPAGE);
     if (chunks && chunks->used < EntryChunk::kEntries) return &chunks->entries[chunks->used];
     return static_cast<FldrMsg*>(calloc(1, sizeof(FldrMsg)));
 }
@@ -105,7 +91,7 @@ void fldrFree(Fldr* f) {
         *link = known->next;
         for (EntryChunk* chunk = known->chunks; chunk;) {
             EntryChunk* next = chunk->next;
-            munmap(chunk, kChunkSize);
+            munmap(chunk, sizeof(EntryChunk));
             chunk = next;
         }
         if (known->ownsStream && f->fp) fclose(f->fp);

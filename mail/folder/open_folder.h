@@ -9,9 +9,9 @@
 
 namespace attalven {
 
-/// A run of entries in memory of its own: 8 MiB, four large pages.
+/// A run of entries in memory of its own.
 struct EntryChunk {
-    static constexpr size_t kEntries = 1567;
+    static constexpr size_t kEntries = 1024;
     EntryChunk* next;
     size_t used;
     FldrMsg entries[kEntries];
