@@ -3,8 +3,6 @@
 
 #include "boundary.h"
 
-#include <cstring>
-
 #include "attachment_ref.h"
 #include "mail/base/line_reader.h"
 #include "mail/compose.h"
@@ -18,7 +16,7 @@ namespace {
 constexpr int kForeseeableDraws = 8;
 
 bool contains(string_view text, string_view token) {
-    return !text.empty() && memmem(text.data(), text.size(), token.data(), token.size());
+    return text.find(token) != string_view::npos;
 }
 
 bool fileContains(const char* fileName, string_view token) {
