@@ -20,7 +20,7 @@ using QpTokens = std::array<QpToken, 256>;
 
 /// 33 to 60, 72 to 126 and blanks are literal; what lies between is escaped. In a header word
 /// blanks are escaped too, and "_", which would stand for one.
-constexpr QpTokens qpTokens(bool word) {
+consteval QpTokens qpTokens(bool word) {
     constexpr char kDigits[] = "0123456789ABCDEF";
     QpTokens tokens{};
     for (size_t i = 0; i < tokens.size(); i++) {
